@@ -11,22 +11,22 @@ static_assert(-3 >> 1 == -2, "right shifts of negative values are arithmetic");
 
 template <class T>
 constexpr T limit(T value, T low, T high) {
-    return value < low ? low : value > high ? high : value;
+  return value < low ? low : value > high ? high : value;
 }
 
 // Keeps the low 16 bits and reads them as signed.
 constexpr Orb16s wrap16s(Orb32s value) {
-    return static_cast<Orb16s>(value);
+  return static_cast<Orb16s>(value);
 }
 // Keeps the low 8 bits.
 constexpr Orb8u wrap8u(Orb32s value) {
-    return static_cast<Orb8u>(value);
+  return static_cast<Orb8u>(value);
 }
 constexpr Orb16s saturate16s(Orb32s value) {
-    return static_cast<Orb16s>(limit(value, -32768, 32767));
+  return static_cast<Orb16s>(limit(value, -32768, 32767));
 }
 constexpr Orb8u saturate8u(Orb32s value) {
-    return static_cast<Orb8u>(limit(value, 0, 255));
+  return static_cast<Orb8u>(limit(value, 0, 255));
 }
 
 }  // namespace orb::ORB_BUILD

@@ -4,9 +4,9 @@
 // compiler's flags setting its instructions. All that the object emits lies in `orb::ORB_BUILD`, so
 // that the linker never takes code of one build for another's.
 //
-// Kernels come in two kinds: `plain`, which say what a function means, and `simd`, which stand beside
-// them in a build with vectors. A body calls `kernel::f`: that is `simd::f` where there is one, and
-// `plain::f` otherwise.
+// Kernels come in two kinds: `plain`, which say what a function means, and `simd`, which stand
+// beside them in a build with vectors. A body calls `kernel::f`: that is `simd::f` where there is
+// one, and `plain::f` otherwise.
 #ifndef ORB_FRAME_BUILD_H
 #define ORB_FRAME_BUILD_H
 

@@ -12,8 +12,8 @@
 
 template <class Function>
 struct OrbDispatchRow {
-    Function* lazy;
-    Function* body[orb::kBuildCount];
+  Function* lazy;
+  Function* body[orb::kBuildCount];
 };
 
 extern "C" {
@@ -23,9 +23,9 @@ extern orb::FrameState orbFrameState;
 // Selects the build of a group, 1 to 8. The lazy entries come here through stubs.S.
 OrbStatus orbInitGroup(int32_t group);
 
-#define ORB_DECLARE_ROW(group, bytes, name)   \
-    decltype(legacy90##name) orbLazy_##name;  \
-    extern const OrbDispatchRow<decltype(legacy90##name)> orbRow_##name;
+#define ORB_DECLARE_ROW(group, bytes, name) \
+  decltype(legacy90##name) orbLazy_##name;  \
+  extern const OrbDispatchRow<decltype(legacy90##name)> orbRow_##name;
 #define ORB_VERSION_EXPORT ORB_DECLARE_ROW
 #define ORB_EXPORT ORB_DECLARE_ROW
 #include "frame/exports.inc"

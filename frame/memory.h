@@ -6,8 +6,8 @@
 
 namespace orb {
 
-// A block of `size` bytes, not cleared, at a multiple of 64 bytes; null if the size is below 1 or the
-// heap refuses. The pointer that the heap gave stands whole in the word in front of the block.
+// A block of `size` bytes, not cleared, at a multiple of 64 bytes; null if the size is below 1 or
+// the heap refuses. The pointer that the heap gave stands whole in the word in front of the block.
 void* orbMalloc(int32_t size);
 
 // Releases a block of orbMalloc, and nothing else. Null is ignored.

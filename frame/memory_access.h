@@ -10,21 +10,21 @@ namespace orb::ORB_BUILD {
 
 template <class T>
 inline T load(const T* address) {
-    T value;
-    __builtin_memcpy(&value, static_cast<const void*>(address), sizeof value);
-    return value;
+  T value;
+  __builtin_memcpy(&value, static_cast<const void*>(address), sizeof value);
+  return value;
 }
 
 template <class T>
 inline void store(T* address, T value) {
-    __builtin_memcpy(static_cast<void*>(address), &value, sizeof value);
+  __builtin_memcpy(static_cast<void*>(address), &value, sizeof value);
 }
 
 // The start of row `y` of a region whose rows are `step` bytes apart.
 template <class T>
 inline T* rowAt(T* first, Orb32s step, Orb32s y) {
-    return reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(first) +
-                                static_cast<uintptr_t>(static_cast<ptrdiff_t>(step) * y));
+  return reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(first) +
+                              static_cast<uintptr_t>(static_cast<ptrdiff_t>(step) * y));
 }
 
 }  // namespace orb::ORB_BUILD

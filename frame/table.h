@@ -10,10 +10,10 @@ namespace orb {
 // a function behind that the linker could share between them.
 template <class T, size_t N>
 struct OrbTable {
-    T entry[N];
+  T entry[N];
 
-    [[gnu::always_inline]] constexpr const T& operator[](size_t i) const { return entry[i]; }
-    [[gnu::always_inline]] constexpr T& operator[](size_t i) { return entry[i]; }
+  [[gnu::always_inline]] constexpr const T& operator[](size_t i) const { return entry[i]; }
+  [[gnu::always_inline]] constexpr T& operator[](size_t i) { return entry[i]; }
 };
 
 }  // namespace orb

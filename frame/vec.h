@@ -14,104 +14,104 @@ namespace orb::ORB_BUILD {
 #if defined(__AVX2__)
 
 struct I16 {
-    __m256i v;
+  __m256i v;
 };
 constexpr Orb32s kI16Lanes = 16;
 
 inline I16 loadI16(const Orb16s* p) {
-    return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))};
+  return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))};
 }
 inline void storeI16(Orb16s* p, I16 a) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), a.v);
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), a.v);
 }
 inline I16 splatI16(Orb16s value) {
-    return {_mm256_set1_epi16(value)};
+  return {_mm256_set1_epi16(value)};
 }
 // Bytes to words, unsigned.
 inline I16 loadWide8u(const Orb8u* p) {
-    return {_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))};
+  return {_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))};
 }
 // Words to bytes, limited to 0..255.
 inline void storeLimited8u(Orb8u* p, I16 a) {
-    const __m128i low = _mm256_castsi256_si128(a.v);
-    const __m128i high = _mm256_extracti128_si256(a.v, 1);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(low, high));
+  const __m128i low = _mm256_castsi256_si128(a.v);
+  const __m128i high = _mm256_extracti128_si256(a.v, 1);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(low, high));
 }
 inline I16 operator+(I16 a, I16 b) {
-    return {_mm256_add_epi16(a.v, b.v)};
+  return {_mm256_add_epi16(a.v, b.v)};
 }
 inline I16 operator-(I16 a, I16 b) {
-    return {_mm256_sub_epi16(a.v, b.v)};
+  return {_mm256_sub_epi16(a.v, b.v)};
 }
 // The low and the high word of each signed product.
 inline I16 operator*(I16 a, I16 b) {
-    return {_mm256_mullo_epi16(a.v, b.v)};
+  return {_mm256_mullo_epi16(a.v, b.v)};
 }
 inline I16 mulHigh(I16 a, I16 b) {
-    return {_mm256_mulhi_epi16(a.v, b.v)};
+  return {_mm256_mulhi_epi16(a.v, b.v)};
 }
 inline I16 addSaturated(I16 a, I16 b) {
-    return {_mm256_adds_epi16(a.v, b.v)};
+  return {_mm256_adds_epi16(a.v, b.v)};
 }
 inline I16 operator<<(I16 a, int n) {
-    return {_mm256_slli_epi16(a.v, n)};
+  return {_mm256_slli_epi16(a.v, n)};
 }
 inline I16 operator>>(I16 a, int n) {
-    return {_mm256_srai_epi16(a.v, n)};
+  return {_mm256_srai_epi16(a.v, n)};
 }
 inline I16 shiftRightUnsigned(I16 a, int n) {
-    return {_mm256_srli_epi16(a.v, n)};
+  return {_mm256_srli_epi16(a.v, n)};
 }
 
 #else
 
 struct I16 {
-    __m128i v;
+  __m128i v;
 };
 constexpr Orb32s kI16Lanes = 8;
 
 inline I16 loadI16(const Orb16s* p) {
-    return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))};
+  return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))};
 }
 inline void storeI16(Orb16s* p, I16 a) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), a.v);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), a.v);
 }
 inline I16 splatI16(Orb16s value) {
-    return {_mm_set1_epi16(value)};
+  return {_mm_set1_epi16(value)};
 }
 // Bytes to words, unsigned.
 inline I16 loadWide8u(const Orb8u* p) {
-    const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
-    return {_mm_unpacklo_epi8(bytes, _mm_setzero_si128())};
+  const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+  return {_mm_unpacklo_epi8(bytes, _mm_setzero_si128())};
 }
 // Words to bytes, limited to 0..255.
 inline void storeLimited8u(Orb8u* p, I16 a) {
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(a.v, a.v));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(a.v, a.v));
 }
 inline I16 operator+(I16 a, I16 b) {
-    return {_mm_add_epi16(a.v, b.v)};
+  return {_mm_add_epi16(a.v, b.v)};
 }
 inline I16 operator-(I16 a, I16 b) {
-    return {_mm_sub_epi16(a.v, b.v)};
+  return {_mm_sub_epi16(a.v, b.v)};
 }
 // The low and the high word of each signed product.
 inline I16 operator*(I16 a, I16 b) {
-    return {_mm_mullo_epi16(a.v, b.v)};
+  return {_mm_mullo_epi16(a.v, b.v)};
 }
 inline I16 mulHigh(I16 a, I16 b) {
-    return {_mm_mulhi_epi16(a.v, b.v)};
+  return {_mm_mulhi_epi16(a.v, b.v)};
 }
 inline I16 addSaturated(I16 a, I16 b) {
-    return {_mm_adds_epi16(a.v, b.v)};
+  return {_mm_adds_epi16(a.v, b.v)};
 }
 inline I16 operator<<(I16 a, int n) {
-    return {_mm_slli_epi16(a.v, n)};
+  return {_mm_slli_epi16(a.v, n)};
 }
 inline I16 operator>>(I16 a, int n) {
-    return {_mm_srai_epi16(a.v, n)};
+  return {_mm_srai_epi16(a.v, n)};
 }
 inline I16 shiftRightUnsigned(I16 a, int n) {
-    return {_mm_srli_epi16(a.v, n)};
+  return {_mm_srli_epi16(a.v, n)};
 }
 
 #endif

@@ -10,27 +10,33 @@ int32_t orbIsFeatureEnabled(uint32_t low, uint32_t high);
 namespace {
 
 constexpr OrbLibraryVersion record(const char (&build)[3], const char* name) {
-    return {9,    0, 0, -1, {build[0], build[1], '\0', '\0'}, name, "9.0 Legacy (r48491) (-)",
-            "Oct 14 2015"};
+  return {9,
+          0,
+          0,
+          -1,
+          {build[0], build[1], '\0', '\0'},
+          name,
+          "9.0 Legacy (r48491) (-)",
+          "Oct 14 2015"};
 }
 
 }  // namespace
 
-#define ORB_VERSION_BODIES(build, instructions)                                                   \
-    namespace build {                                                                             \
-    decltype(::legacy90orbdcGetLibVersion) orbdcGetLibVersion;                                    \
-    decltype(::legacy90orbjGetLibVersion) orbjGetLibVersion;                                      \
-    const OrbLibraryVersion* ORB_CALL orbdcGetLibVersion() {                                      \
-        static constexpr OrbLibraryVersion kRecord =                                              \
-            record(#build, "orbDC " instructions " (" #build ")");                                \
-        return &kRecord;                                                                          \
-    }                                                                                             \
-    const OrbLibraryVersion* ORB_CALL orbjGetLibVersion() {                                       \
-        static constexpr OrbLibraryVersion kRecord =                                              \
-            record(#build, "orbJP " instructions " (" #build ")");                                \
-        return &kRecord;                                                                          \
-    }                                                                                             \
-    }
+#define ORB_VERSION_BODIES(build, instructions)                \
+  namespace build {                                            \
+  decltype(::legacy90orbdcGetLibVersion) orbdcGetLibVersion;   \
+  decltype(::legacy90orbjGetLibVersion) orbjGetLibVersion;     \
+  const OrbLibraryVersion* ORB_CALL orbdcGetLibVersion() {     \
+    static constexpr OrbLibraryVersion kRecord =               \
+        record(#build, "orbDC " instructions " (" #build ")"); \
+    return &kRecord;                                           \
+  }                                                            \
+  const OrbLibraryVersion* ORB_CALL orbjGetLibVersion() {      \
+    static constexpr OrbLibraryVersion kRecord =               \
+        record(#build, "orbJP " instructions " (" #build ")"); \
+    return &kRecord;                                           \
+  }                                                            \
+  }
 
 ORB_VERSION_BODIES(px, "PX")
 ORB_VERSION_BODIES(w7, "SSE2")
@@ -45,14 +51,14 @@ decltype(::legacy90orbdcGetLibVersion) orbdcGetLibVersion;
 decltype(::legacy90orbjGetLibVersion) orbjGetLibVersion;
 
 const OrbLibraryVersion* ORB_CALL orbdcGetLibVersion() {
-    static constexpr OrbLibraryVersion kWithout = record("p8", "orbDC SSE4.1/4.2 (p8)");
-    static constexpr OrbLibraryVersion kWith = record("p8", "orbDC SSE4.1/4.2 (p8)+");
-    return orbIsFeatureEnabled(kSse42, 0) ? &kWith : &kWithout;
+  static constexpr OrbLibraryVersion kWithout = record("p8", "orbDC SSE4.1/4.2 (p8)");
+  static constexpr OrbLibraryVersion kWith = record("p8", "orbDC SSE4.1/4.2 (p8)+");
+  return orbIsFeatureEnabled(kSse42, 0) ? &kWith : &kWithout;
 }
 const OrbLibraryVersion* ORB_CALL orbjGetLibVersion() {
-    static constexpr OrbLibraryVersion kWithout = record("p8", "orbJP SSE4.1/4.2 (p8)");
-    static constexpr OrbLibraryVersion kWith = record("p8", "orbJP SSE4.1/4.2 (p8)+");
-    return orbIsFeatureEnabled(kSse42, 0) ? &kWith : &kWithout;
+  static constexpr OrbLibraryVersion kWithout = record("p8", "orbJP SSE4.1/4.2 (p8)");
+  static constexpr OrbLibraryVersion kWith = record("p8", "orbJP SSE4.1/4.2 (p8)+");
+  return orbIsFeatureEnabled(kSse42, 0) ? &kWith : &kWithout;
 }
 }  // namespace p8
 

@@ -16,10 +16,10 @@
  * - Functions without a record may run on any number of threads at once. A record belongs to one
  *   thread at a time.
  *
- * Names: `legacy90`, then `orb`, a domain (`i` image, `s` signal or buffer, `m` matrix, `dc` and `j`
- * the library itself), the operation, the standard, the type of the data (`8u16s`: from unsigned
- * 8-bit to signed 16-bit; `1u`: a bit stream) and its layout: `C1`, `C3`, `C4` interleaved channels,
- * `P3`, `P4` separate planes, `R` a region with row steps, `I` in place.
+ * Names: `legacy90`, then `orb`, a domain (`i` image, `s` signal or buffer, `m` matrix, `dc` and
+ * `j` the library itself), the operation, the standard, the type of the data (`8u16s`: from
+ * unsigned 8-bit to signed 16-bit; `1u`: a bit stream) and its layout: `C1`, `C3`, `C4` interleaved
+ * channels, `P3`, `P4` separate planes, `R` a region with row steps, `I` in place.
  */
 #ifndef ORB90LEGACY_H
 #define ORB90LEGACY_H

@@ -61,8 +61,8 @@ ORB_API OrbStatus ORB_CALL legacy90orbiQuantInvTableInit_JPEG_8u16u(const Orb8u*
  * ties to even, limited to 16 bits.
  *
  * The builds with SIMD take a shorter road when both addresses are even, which truncates where px
- * rounds: ((((s << 3) * (q >> 1)) >> 16) + 1) >> 1 on 16-bit words. Its results differ from px by at
- * most 1 for values of magnitude below 4096; larger ones wrap.
+ * rounds: ((((s << 3) * (q >> 1)) >> 16) + 1) >> 1 on 16-bit words. Its results differ from px by
+ * at most 1 for values of magnitude below 4096; larger ones wrap.
  *
  * Returns orbStsNullPtrErr for either pointer.
  */

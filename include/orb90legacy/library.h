@@ -11,22 +11,23 @@ extern "C" {
 
 /* Constant data of the library: never released by the caller. */
 typedef struct OrbLibraryVersion {
-  Orb32s major;           /* 9 */
-  Orb32s minor;           /* 0 */
-  Orb32s majorBuild;      /* 0 */
-  Orb32s build;           /* -1 */
-  char targetCpu[4];      /* the build in two characters, then two zero bytes: px w7 v8 s8 p8 g9 h9 */
-  const char* name;       /* the domain, the build's instruction set and the build */
-  const char* version;    /* version text */
-  const char* buildDate;  /* date text */
+  Orb32s major;        /* 9 */
+  Orb32s minor;        /* 0 */
+  Orb32s majorBuild;   /* 0 */
+  Orb32s build;        /* -1 */
+  char targetCpu[4];   /* the build in two characters, then two zero bytes: px w7 v8 s8 p8 g9 h9 */
+  const char* name;    /* the domain, the build's instruction set and the build */
+  const char* version; /* version text */
+  const char* buildDate; /* date text */
 } OrbLibraryVersion;
 
-/* Chooses the build of one dispatch group now, instead of at the first call of one of its functions:
- * orbdcInit that of the compression functions, orbjInit that of the JPEG, JPEG 2000, JPEG XR and TIFF
- * functions. Neither is ever required. Every later call gives the same result.
+/* Chooses the build of one dispatch group now, instead of at the first call of one of its
+ * functions: orbdcInit that of the compression functions, orbjInit that of the JPEG, JPEG 2000,
+ * JPEG XR and TIFF functions. Neither is ever required. Every later call gives the same result.
  *
- * Returns orbStsForeignCpu, a warning, if the processor has no CPUID or is not of the vendor on whose
- * processors the builds are proven; the choice of build depends on the processor's features alone.
+ * Returns orbStsForeignCpu, a warning, if the processor has no CPUID or is not of the vendor on
+ * whose processors the builds are proven; the choice of build depends on the processor's features
+ * alone.
  */
 ORB_API OrbStatus ORB_CALL legacy90orbdcInit(void);
 ORB_API OrbStatus ORB_CALL legacy90orbjInit(void);

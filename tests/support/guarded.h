@@ -1,0 +1,50 @@
+// Bytes whose end lies at a page that may not be touched: a read or write behind them is a fault at
+// once, in every build and without a sanitizer.
+#ifndef ORB_TESTS_SUPPORT_GUARDED_H
+#define ORB_TESTS_SUPPORT_GUARDED_H
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+namespace orbtest {
+
+class GuardedBytes {
+ public:
+  explicit GuardedBytes(size_t size) : size_(size) {
+    const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    const size_t room = (size + page - 1) / page * page;
+    mapped_ = room + page;
+    void* memory =
+        mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) std::abort();
+    base_ = static_cast<uint8_t*>(memory);
+    if (mprotect(base_ + room, page, PROT_NONE) != 0) std::abort();
+    data_ = base_ + room - size;
+  }
+  explicit GuardedBytes(const std::vector<uint8_t>& bytes) : GuardedBytes(bytes.size()) {
+    if (!bytes.empty()) std::memcpy(data_, bytes.data(), bytes.size());
+  }
+  GuardedBytes(const GuardedBytes&) = delete;
+  GuardedBytes& operator=(const GuardedBytes&) = delete;
+  ~GuardedBytes() { munmap(base_, mapped_); }
+
+  uint8_t* data() { return data_; }
+  const uint8_t* data() const { return data_; }
+  int size() const { return static_cast<int>(size_); }
+
+ private:
+  size_t size_;
+  size_t mapped_;
+  uint8_t* base_;
+  uint8_t* data_;
+};
+
+}  // namespace orbtest
+
+#endif
