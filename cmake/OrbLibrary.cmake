@@ -10,7 +10,8 @@ set(ORB_FRAME_SOURCES
     jpeg/tables/zigzag.cpp)
 
 set(ORB_ENTRY_SOURCES
-    jpeg/quant.cpp)
+    jpeg/quant.cpp
+    jpeg/sampling.cpp)
 
 function(orb_object_library name)
   add_library(${name} OBJECT ${ARGN})

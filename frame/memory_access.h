@@ -22,7 +22,7 @@ inline void store(T* address, T value) {
 
 // The start of row `y` of a region whose rows are `step` bytes apart.
 template <class T>
-inline T* rowAt(T* first, Orb32s step, Orb32s y) {
+inline T* rowAt(T* first, Orb32s step, ptrdiff_t y) {
   return reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(first) +
                               static_cast<uintptr_t>(static_cast<ptrdiff_t>(step) * y));
 }

@@ -95,7 +95,115 @@ ORB_API OrbStatus ORB_CALL legacy90orbiQuantInv8x8_JPEG_16s_C1I(Orb16s* pSrcDst,
 
 /* ------------------------------------------------------------------------------------------------
  * Chroma sampling
+ *
+ * T.81 A.1.1 lets a component have fewer samples than another; it leaves to the coder how they are
+ * made and how they are turned back. Here a component is halved or doubled, across only (H2V1) or
+ * in both directions (H2V2). All samples are of 8 bits. The rounding terms are no plain halves, and
+ * some alternate between the even and the odd output, so that a flat error does not build up along
+ * a row; they are the same in every build, and a flat component stays flat.
  * ---------------------------------------------------------------------------------------------- */
+
+/* Halves a plane. With s the source,
+ *
+ *   H2V1: dst(x, y) = (s(2x, y) + s(2x + 1, y) + 1) >> 1
+ *   H2V2: dst(x, y) = (s(2x, 2y) + s(2x + 1, 2y) + s(2x, 2y + 1) + s(2x + 1, 2y + 1) + 3) >> 2
+ *
+ * dstRoiSize is what is written and decides what is read: twice its width, and in H2V2 twice its
+ * height. srcRoiSize is checked, and has no other effect. Steps are in bytes.
+ *
+ * Returns orbStsNullPtrErr for pSrc, orbStsStepErr if srcStep < 1, orbStsSizeErr if the width or
+ * the height of srcRoiSize is below 1; then the same for pDst, dstStep and dstRoiSize.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleDownH2V1_JPEG_8u_C1R(const Orb8u* pSrc, Orb32s srcStep,
+                                                                  OrbiSize srcRoiSize, Orb8u* pDst,
+                                                                  Orb32s dstStep,
+                                                                  OrbiSize dstRoiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleDownH2V2_JPEG_8u_C1R(const Orb8u* pSrc, Orb32s srcStep,
+                                                                  OrbiSize srcRoiSize, Orb8u* pDst,
+                                                                  Orb32s dstStep,
+                                                                  OrbiSize dstRoiSize);
+
+/* Doubles a plane with a triangle filter. With s the source,
+ *
+ *   H2V1: dst(2i, y)     = (3 s(i, y) + s(i - 1, y) + 1) >> 2
+ *         dst(2i + 1, y) = (3 s(i, y) + s(i + 1, y) + 2) >> 2
+ *
+ *   H2V2: t(i) = 3 s(i, p) + s(i, q) with p = y / 2, and q = p - 1 for even y, p + 1 for odd y;
+ *         dst(2i, y)     = (3 t(i) + t(i - 1) + 8) >> 4
+ *         dst(2i + 1, y) = (3 t(i) + t(i + 1) + 7) >> 4
+ *
+ * There is no rule for the edges: the samples on either side of a row are read like any others, at
+ * columns -1 and width, where the width is half that of dstRoiSize, rounded up; and so are in H2V2
+ * the rows -1 and height, with their own columns -1 and width. The caller provides them. dstRoiSize
+ * is what is written, and its width and height may be odd: then the last source column or row gives
+ * one output, and column width or row height is not read. srcRoiSize is checked, and has no other
+ * effect. Steps are in bytes.
+ *
+ * Returns the statuses of the downward functions, in the same order.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleUpH2V1_JPEG_8u_C1R(const Orb8u* pSrc, Orb32s srcStep,
+                                                                OrbiSize srcRoiSize, Orb8u* pDst,
+                                                                Orb32s dstStep,
+                                                                OrbiSize dstRoiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleUpH2V2_JPEG_8u_C1R(const Orb8u* pSrc, Orb32s srcStep,
+                                                                OrbiSize srcRoiSize, Orb8u* pDst,
+                                                                Orb32s dstStep,
+                                                                OrbiSize dstRoiSize);
+
+/* Halves a row with a box filter: dst[i] = (s[2i] + s[2i + 1] + (i & 1)) >> 1 for srcWidth / 2
+ * outputs. The last sample of an odd row is left out.
+ *
+ * Returns orbStsNullPtrErr for either pointer, orbStsSizeErr if srcWidth < 2; orbStsOddRowWidth, a
+ * warning with a complete result, if srcWidth is odd.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleDownRowH2V1_Box_JPEG_8u_C1(const Orb8u* pSrc,
+                                                                        Orb32s srcWidth,
+                                                                        Orb8u* pDst);
+
+/* Halves two rows, a and b, to one with a box filter, for (srcWidth + 1) / 2 outputs:
+ *
+ *   dst[i] = (a[2i] + a[2i + 1] + b[2i] + b[2i + 1] + t) >> 2, t = 1 for even i and 2 for odd i
+ *
+ * With an odd srcWidth the last output reads one sample past the end of both rows, without a
+ * warning: the caller provides it.
+ *
+ * Returns orbStsNullPtrErr for any pointer, orbStsSizeErr if srcWidth < 1.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleDownRowH2V2_Box_JPEG_8u_C1(const Orb8u* pSrc1,
+                                                                        const Orb8u* pSrc2,
+                                                                        Orb32s srcWidth,
+                                                                        Orb8u* pDst);
+
+/* Doubles a row of n = srcWidth samples to 2n with a triangle filter. Within the row it is that of
+ * orbiSampleUpH2V1_JPEG_8u_C1R, while the ends stand by themselves and read nothing outside:
+ *
+ *   dst[0] = s[0], dst[2n - 1] = s[n - 1]
+ *
+ * A row of one sample is the exception: s[-1] and s[1] are read, and dst[0] is
+ * (3 s[0] + s[-1] + 1) >> 2.
+ *
+ * Returns orbStsNullPtrErr for either pointer, orbStsSizeErr if srcWidth < 1.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleUpRowH2V1_Triangle_JPEG_8u_C1(const Orb8u* pSrc,
+                                                                           Orb32s srcWidth,
+                                                                           Orb8u* pDst);
+
+/* Doubles a row of n = srcWidth samples to 2n with a triangle filter over itself, pSrc1, and its
+ * neighbour on the output's side, pSrc2. With c[i] = 3 pSrc1[i] + pSrc2[i] it is within the row
+ * that of orbiSampleUpH2V2_JPEG_8u_C1R, while the ends stand by themselves and read nothing
+ * outside:
+ *
+ *   dst[0] = (4 c[0] + 8) >> 4, dst[2n - 1] = (4 c[n - 1] + 7) >> 4
+ *
+ * A row of one sample is the exception: columns -1 and 1 of both rows are read, and dst[0] is
+ * (3 c[0] + c[-1] + 8) >> 4.
+ *
+ * Returns orbStsNullPtrErr for any pointer, orbStsSizeErr if srcWidth < 1.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleUpRowH2V2_Triangle_JPEG_8u_C1(const Orb8u* pSrc1,
+                                                                           const Orb8u* pSrc2,
+                                                                           Orb32s srcWidth,
+                                                                           Orb8u* pDst);
 
 #ifdef __cplusplus
 }
