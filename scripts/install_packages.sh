@@ -1,0 +1,56 @@
+#!/bin/sh
+# Installs the Debian packages of the named sets that are missing, and says so.
+#
+#   scripts/install_packages.sh build test demo ...
+#
+# Nothing is installed, and no network is needed, where everything is there already. With --optional
+# in front, what can't be had is reported and the script goes on.
+set -eu
+
+optional=no
+if [ "${1-}" = --optional ]; then
+  optional=yes
+  shift
+fi
+
+packages=
+for set in "$@"; do
+  case $set in
+    build) packages="$packages g++ cmake ninja-build libcli11-dev libpng-dev" ;;
+    test) packages="$packages googletest binutils libjpeg62-turbo-dev libjpeg-turbo-progs" ;;
+    bench) packages="$packages libbenchmark-dev libjpeg62-turbo-dev" ;;
+    i386) packages="$packages g++-multilib" ;;
+    windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
+    format) packages="$packages clang-format" ;;
+    demo) packages="$packages libjpeg-turbo-progs" ;;
+    photograph) packages="$packages xplanet-images netpbm" ;;
+    *)
+      echo "install_packages.sh: no set named $set" >&2
+      exit 2
+      ;;
+  esac
+done
+
+missing=
+for package in $packages; do
+  state=$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null || true)
+  [ "$state" = "install ok installed" ] || missing="$missing $package"
+done
+[ -n "$missing" ] || exit 0
+
+refuse() {
+  echo "install_packages.sh: $1; missing:$missing" >&2
+  [ "$optional" = yes ] && exit 0
+  exit 1
+}
+[ "$(id -u)" -eq 0 ] || refuse "packages have to be installed by root"
+echo "installing:$missing"
+export DEBIAN_FRONTEND=noninteractive
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+{
+  apt-get update -q && apt-get install -y -q --no-install-recommends $missing
+} >"$log" 2>&1 || {
+  tail -n 20 "$log" >&2
+  refuse "apt-get failed"
+}
