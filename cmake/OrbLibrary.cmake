@@ -10,6 +10,7 @@ set(ORB_FRAME_SOURCES
     jpeg/tables/zigzag.cpp)
 
 set(ORB_ENTRY_SOURCES
+    jpeg/dct.cpp
     jpeg/quant.cpp
     jpeg/sampling.cpp)
 

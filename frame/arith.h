@@ -29,6 +29,12 @@ constexpr Orb8u saturate8u(Orb32s value) {
   return static_cast<Orb8u>(limit(value, 0, 255));
 }
 
+// To nearest, ties to even; the value must be within the result's range. One instruction in every
+// build, SSE or x87.
+inline Orb32s roundToEven(Orb32f value) {
+  return static_cast<Orb32s>(__builtin_lrintf(value));
+}
+
 }  // namespace orb::ORB_BUILD
 
 #endif

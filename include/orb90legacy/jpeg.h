@@ -78,8 +78,89 @@ ORB_API OrbStatus ORB_CALL legacy90orbiQuantInv8x8_JPEG_16s_C1I(Orb16s* pSrcDst,
                                                                 const Orb16u* pQuantInvTable);
 
 /* ------------------------------------------------------------------------------------------------
- * DCT with quantisation
+ * DCT with quantisation (T.81 A.3.1, A.3.3, A.3.4)
+ *
+ * One block between samples and quantised coefficients in one call. The transforms have the scaling
+ * of A.3.3: the DC coefficient is the sum of the 64 samples divided by 8. Tables are those of the
+ * section above, or, for samples of 12 bits, 64 floats in raster order that the host makes: the
+ * reciprocals of the divisors forward, the divisors inverse. Their values are not examined.
+ *
+ * Samples of 8 bits go through integers of a fixed number of fraction bits. What a sum or a word in
+ * between cannot hold wraps, which blocks outside the format's range may see. Samples of 12 bits go
+ * through single precision. The integer functions give the same results in all builds; the two of
+ * 12 bits may differ by 1 where the x87 unit of a 32-bit px rounds another way than SSE.
+ *
+ * Steps are in bytes. A region is read or written in exactly its 8 rows of 8 samples, or the 2 of 2
+ * or 4 of 4 of the To2x2 and To4x4 forms. A source block is left as it is.
  * ---------------------------------------------------------------------------------------------- */
+
+/* Forward DCT and quantisation of a block of samples about 0: each coefficient times its table
+ * entry, divided by 32768, to nearest with ties to even. pSrc and pDst may be the same block.
+ *
+ * Returns orbStsNullPtrErr for any pointer.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantFwd8x8_JPEG_16s_C1(const Orb16s* pSrc, Orb16s* pDst,
+                                                                  const Orb16u* pQuantFwdTable);
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantFwd8x8_JPEG_16s_C1I(Orb16s* pSrcDst,
+                                                                   const Orb16u* pQuantFwdTable);
+
+/* The same from 8 rows of 8 samples, with the level shift: 128 is subtracted from samples of 8
+ * bits, 2048 from those of 12. The latter are read as full 16-bit words; their coefficients are
+ * multiplied by the table's entries, limited to 16 bits and rounded to nearest with ties to even.
+ *
+ * Returns orbStsNullPtrErr for pSrc or pDst, orbStsStepErr if srcStep < 1, orbStsNullPtrErr for the
+ * table.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(
+    const Orb8u* pSrc, Orb32s srcStep, Orb16s* pDst, const Orb16u* pQuantFwdTable);
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantFwd8x8LS_JPEG_16u16s_C1R(
+    const Orb16u* pSrc, Orb32s srcStep, Orb16s* pDst, const Orb32f* pQuantFwdTable);
+
+/* Dequantisation and inverse DCT of a block: each coefficient times its table entry, both read as
+ * signed, limited to 16 bits. The results are about 0 and not limited to samples. pSrc and pDst may
+ * be the same block.
+ *
+ * Returns orbStsNullPtrErr for any pointer.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantInv8x8_JPEG_16s_C1(const Orb16s* pSrc, Orb16s* pDst,
+                                                                  const Orb16u* pQuantInvTable);
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantInv8x8_JPEG_16s_C1I(Orb16s* pSrcDst,
+                                                                   const Orb16u* pQuantInvTable);
+
+/* The same to 8 rows of 8 samples, with the level shift: 128 is added and the sum limited to
+ * 0..255, or 2048 and the sum limited to 0..4095.
+ *
+ * Returns orbStsNullPtrErr for pSrc or pDst, orbStsStepErr if dstStep < 1, orbStsNullPtrErr for the
+ * table.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantInv8x8LS_JPEG_16s8u_C1R(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s dstStep, const Orb16u* pQuantInvTable);
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantInv8x8LS_JPEG_16s16u_C1R(
+    const Orb16s* pSrc, Orb16u* pDst, Orb32s dstStep, const Orb32f* pQuantInvTable);
+
+/* For blocks that are known to have low frequencies only: the 1, 4 or 16 coefficients at the top
+ * left give the 8 rows of 8 samples, and all others count as 0 whatever they hold. The 1x1 form
+ * reads its one table entry as unsigned, does not limit the product, and rounds its eighth down.
+ *
+ * Statuses as above.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantInv8x8LS_1x1_JPEG_16s8u_C1R(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s dstStep, const Orb16u* pQuantInvTable);
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantInv8x8LS_2x2_JPEG_16s8u_C1R(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s dstStep, const Orb16u* pQuantInvTable);
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantInv8x8LS_4x4_JPEG_16s8u_C1R(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s dstStep, const Orb16u* pQuantInvTable);
+
+/* For decoding at a fourth or a half of the picture's size: 2 rows of 2 samples or 4 rows of 4,
+ * each the mean of the samples of the whole inverse that it stands for. Rows and columns 2, 4 and 6
+ * of the coefficients have no part in the former, row and column 4 none in the latter.
+ *
+ * Statuses as above.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantInv8x8To2x2LS_JPEG_16s8u_C1R(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s dstStep, const Orb16u* pQuantInvTable);
+ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s dstStep, const Orb16u* pQuantInvTable);
 
 /* ------------------------------------------------------------------------------------------------
  * Huffman tables and bit-stream state
