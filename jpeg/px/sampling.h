@@ -12,29 +12,40 @@
 
 namespace orb::ORB_BUILD::plain {
 
+// The mean of two samples, and of two in each of two rows, with a rounding term.
+inline Orb8u orbMeanH2V1(const Orb8u* src, Orb32s round) {
+  return wrap8u((src[0] + src[1] + round) >> 1);
+}
+inline Orb8u orbMeanH2V2(const Orb8u* src0, const Orb8u* src1, Orb32s round) {
+  return wrap8u((src0[0] + src0[1] + src1[0] + src1[1] + round) >> 2);
+}
+
 inline void orbSampleDownH2V1Row(const Orb8u* src, Orb8u* dst, ptrdiff_t dstWidth) {
-  for (ptrdiff_t i = 0; i < dstWidth; ++i) dst[i] = wrap8u((src[2 * i] + src[2 * i + 1] + 1) >> 1);
+  for (ptrdiff_t i = 0; i < dstWidth; ++i) dst[i] = orbMeanH2V1(src + 2 * i, 1);
 }
 
 inline void orbSampleDownH2V2Row(const Orb8u* src0, const Orb8u* src1, Orb8u* dst,
                                  ptrdiff_t dstWidth) {
-  for (ptrdiff_t i = 0; i < dstWidth; ++i) {
-    dst[i] = wrap8u((src0[2 * i] + src0[2 * i + 1] + src1[2 * i] + src1[2 * i + 1] + 3) >> 2);
-  }
+  for (ptrdiff_t i = 0; i < dstWidth; ++i) dst[i] = orbMeanH2V2(src0 + 2 * i, src1 + 2 * i, 3);
 }
 
 inline void orbSampleDownRowH2V1Box(const Orb8u* src, Orb8u* dst, ptrdiff_t dstWidth) {
-  for (ptrdiff_t i = 0; i < dstWidth; ++i) {
-    dst[i] = wrap8u((src[2 * i] + src[2 * i + 1] + (i & 1)) >> 1);
+  ptrdiff_t i = 0;
+  for (; i + 1 < dstWidth; i += 2) {
+    dst[i] = orbMeanH2V1(src + 2 * i, 0);
+    dst[i + 1] = orbMeanH2V1(src + 2 * i + 2, 1);
   }
+  if (i < dstWidth) dst[i] = orbMeanH2V1(src + 2 * i, 0);
 }
 
 inline void orbSampleDownRowH2V2Box(const Orb8u* src0, const Orb8u* src1, Orb8u* dst,
                                     ptrdiff_t dstWidth) {
-  for (ptrdiff_t i = 0; i < dstWidth; ++i) {
-    const Orb32s sum = src0[2 * i] + src0[2 * i + 1] + src1[2 * i] + src1[2 * i + 1];
-    dst[i] = wrap8u((sum + 1 + (i & 1)) >> 2);
+  ptrdiff_t i = 0;
+  for (; i + 1 < dstWidth; i += 2) {
+    dst[i] = orbMeanH2V2(src0 + 2 * i, src1 + 2 * i, 1);
+    dst[i + 1] = orbMeanH2V2(src0 + 2 * i + 2, src1 + 2 * i + 2, 2);
   }
+  if (i < dstWidth) dst[i] = orbMeanH2V2(src0 + 2 * i, src1 + 2 * i, 1);
 }
 
 // The two outputs of a source sample lean on its left and on its right neighbour.

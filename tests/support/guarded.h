@@ -1,5 +1,5 @@
-// Bytes whose end lies at a page that may not be touched: a read or write behind them is a fault at
-// once, in every build and without a sanitizer.
+// Bytes that end, or start, at a page that may not be touched: a read or write beyond them on that
+// side is a fault at once, in every build and without a sanitizer.
 #ifndef ORB_TESTS_SUPPORT_GUARDED_H
 #define ORB_TESTS_SUPPORT_GUARDED_H
 
@@ -14,20 +14,24 @@
 
 namespace orbtest {
 
+enum class Guard { kBefore, kBehind };
+
 class GuardedBytes {
  public:
-  explicit GuardedBytes(size_t size) : size_(size) {
+  explicit GuardedBytes(size_t size, Guard guard = Guard::kBehind) : size_(size) {
     const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
     const size_t room = (size + page - 1) / page * page;
-    mapped_ = room + page;
+    mapped_ = room + 2 * page;
     void* memory =
         mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED) std::abort();
     base_ = static_cast<uint8_t*>(memory);
-    if (mprotect(base_ + room, page, PROT_NONE) != 0) std::abort();
-    data_ = base_ + room - size;
+    if (mprotect(base_, page, PROT_NONE) != 0) std::abort();
+    if (mprotect(base_ + page + room, page, PROT_NONE) != 0) std::abort();
+    data_ = base_ + page + (guard == Guard::kBehind ? room - size : 0);
   }
-  explicit GuardedBytes(const std::vector<uint8_t>& bytes) : GuardedBytes(bytes.size()) {
+  explicit GuardedBytes(const std::vector<uint8_t>& bytes, Guard guard = Guard::kBehind)
+      : GuardedBytes(bytes.size(), guard) {
     if (!bytes.empty()) std::memcpy(data_, bytes.data(), bytes.size());
   }
   GuardedBytes(const GuardedBytes&) = delete;
