@@ -7,9 +7,11 @@ set(ORB_FRAME_SOURCES
     frame/memory.cpp
     frame/stubs.S
     frame/version.cpp
+    jpeg/tables/color.cpp
     jpeg/tables/zigzag.cpp)
 
 set(ORB_ENTRY_SOURCES
+    jpeg/color.cpp
     jpeg/dct.cpp
     jpeg/quant.cpp
     jpeg/sampling.cpp)

@@ -171,8 +171,271 @@ ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R(
  * ---------------------------------------------------------------------------------------------- */
 
 /* ------------------------------------------------------------------------------------------------
- * Colour conversion
+ * Colour conversion (JFIF: ITU-T T.871, 7; CMYK and YCCK: T.872)
+ *
+ * YCbCr is JFIF's: all three components use 0 to 255, and chroma has its zero at 128. No level
+ * shift is applied. Interleaved images are one pointer and one step. Planar ones are an array of
+ * plane pointers with either one step for all planes or an array of one step for each. Steps are in
+ * bytes. roiSize counts pixels; a subsampled chroma plane has the fraction of it that the note
+ * tells. `411` in a name stands for one chroma sample for two by two pixels (4:2:0).
+ *
+ * RGB names the order of bytes: red first. BGR is blue first. Of four channels the fourth is
+ * ignored in a source, and set to `aval` in a destination. Packed pixels are 16-bit words:
+ *
+ *            red           green        blue
+ *   RGB555   bits 0-4      bits 5-9     bits 10-14
+ *   BGR555   bits 10-14    bits 5-9     bits 0-4
+ *   RGB565   bits 0-4      bits 5-10    bits 11-15
+ *   BGR565   bits 11-15    bits 5-10    bits 0-4
+ *
+ * A field is the top bits of its sample: read, the low bits are 0; written, they are dropped.
+ *
+ * There are two arithmetics in each direction, from different origins; results of one may differ by
+ * one from those of the other. Shifts are arithmetic, and the low 8 bits are kept.
+ *
+ *   forward A   Y  = (19595 R + 38470 G +  7471 B +   32768) >> 16
+ *               Cb = (32768 B - 21709 G - 11059 R + 8421375) >> 16
+ *               Cr = (32768 R - 27439 G -  5329 B + 8421375) >> 16
+ *   forward B   Y is the same; Cb and Cr have 8404992 in place of 8421375
+ *   inverse A   R = limit(Y + ((91881 (Cr - 128) + 32768) >> 16))
+ *               G = limit(Y + ((22554 (128 - Cb) + 46802 (128 - Cr) + 32768) >> 16))
+ *               B = limit(Y + ((116130 (Cb - 128) + 32768) >> 16))
+ *   inverse B   R = limit((65536 Y + 91880 Cr - 11727880) >> 16)
+ *               G = limit((65536 Y - 22553 Cb - 46801 Cr + 8910128) >> 16)
+ *               B = limit((65536 Y + 116128 Cb - 14831618) >> 16)
+ *
+ * Source and destination may be the same planes where both are planar with a whole sample for each
+ * pixel.
+ *
+ * The functions check their arguments in one of two orders, which their notes name:
+ *
+ *   by pixels   orbStsNullPtrErr if any pointer is null, that to an array or one within it;
+ *               orbStsStepErr if a step is below 1;
+ *               orbStsSizeErr if the width or the height is below 1.
+ *   by pairs    orbStsNullPtrErr likewise, also for an array of steps;
+ *               orbStsSizeErr if the width is below 2 or the height below 1;
+ *               orbStsStepErr if a step is 0. A negative step is taken as it stands: each row lies
+ *               before the one above it.
  * ---------------------------------------------------------------------------------------------- */
+
+/* RGB to YCbCr by forward A. Checks by pixels.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiRGBToYCbCr_JPEG_8u_P3R(const Orb8u* const pSrc[3],
+                                                              Orb32s srcStep, Orb8u* const pDst[3],
+                                                              Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiRGBToYCbCr_JPEG_8u_C3P3R(const Orb8u* pSrc, Orb32s srcStep,
+                                                                Orb8u* const pDst[3],
+                                                                Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGRToYCbCr_JPEG_8u_C3P3R(const Orb8u* pSrc, Orb32s srcStep,
+                                                                Orb8u* const pDst[3],
+                                                                Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiRGB555ToYCbCr_JPEG_16u8u_C3P3R(
+    const Orb16u* pSrc, Orb32s srcStep, Orb8u* const pDst[3], Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGR555ToYCbCr_JPEG_16u8u_C3P3R(
+    const Orb16u* pSrc, Orb32s srcStep, Orb8u* const pDst[3], Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiRGB565ToYCbCr_JPEG_16u8u_C3P3R(
+    const Orb16u* pSrc, Orb32s srcStep, Orb8u* const pDst[3], Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGR565ToYCbCr_JPEG_16u8u_C3P3R(
+    const Orb16u* pSrc, Orb32s srcStep, Orb8u* const pDst[3], Orb32s dstStep, OrbiSize roiSize);
+
+/* RGB to YCbCr by forward B. Checks by pairs, though an odd last column is converted too.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiRGBToYCbCr_JPEG_8u_C4P3R(const Orb8u* pSrc, Orb32s srcStep,
+                                                                Orb8u* const pDst[3],
+                                                                Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGRToYCbCr_JPEG_8u_C4P3R(const Orb8u* pSrc, Orb32s srcStep,
+                                                                Orb8u* const pDst[3],
+                                                                Orb32s dstStep, OrbiSize roiSize);
+
+/* RGB to the Y of forward A. Checks by pixels.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiRGBToY_JPEG_8u_P3C1R(const Orb8u* const pSrc[3],
+                                                            Orb32s srcStep, Orb8u* pDst,
+                                                            Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiRGBToY_JPEG_8u_C3C1R(const Orb8u* pSrc, Orb32s srcStep,
+                                                            Orb8u* pDst, Orb32s dstStep,
+                                                            OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGRToY_JPEG_8u_C3C1R(const Orb8u* pSrc, Orb32s srcStep,
+                                                            Orb8u* pDst, Orb32s dstStep,
+                                                            OrbiSize roiSize);
+
+/* RGB to YCbCr with one chroma sample for two pixels of a row: Cb and Cr have half the width. Y is
+ * that of forward B, chroma is worked from the sums of two pixels:
+ *
+ *   Cb = (32768 B - 21709 G - 11059 R + 16793600) >> 17
+ *   Cr = (32768 R - 27439 G -  5329 B + 16793600) >> 17
+ *
+ * Checks by pairs. Returns orbStsDoubleSize, a warning, if the width is odd: the last column is not
+ * converted, not even its Y.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiRGBToYCbCr422_JPEG_8u_C3P3R(const Orb8u* pSrc,
+                                                                   Orb32s srcStep,
+                                                                   Orb8u* const pDst[3],
+                                                                   const Orb32s dstStep[3],
+                                                                   OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGRToYCbCr422_JPEG_8u_C3P3R(const Orb8u* pSrc,
+                                                                   Orb32s srcStep,
+                                                                   Orb8u* const pDst[3],
+                                                                   const Orb32s dstStep[3],
+                                                                   OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiRGBToYCbCr422_JPEG_8u_C4P3R(const Orb8u* pSrc,
+                                                                   Orb32s srcStep,
+                                                                   Orb8u* const pDst[3],
+                                                                   const Orb32s dstStep[3],
+                                                                   OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGRToYCbCr422_JPEG_8u_C4P3R(const Orb8u* pSrc,
+                                                                   Orb32s srcStep,
+                                                                   Orb8u* const pDst[3],
+                                                                   const Orb32s dstStep[3],
+                                                                   OrbiSize roiSize);
+
+/* RGB to YCbCr with one chroma sample for two by two pixels: Cb and Cr have half the width and half
+ * the height. Y is that of forward B, chroma is worked from the sums of four pixels:
+ *
+ *   Cb = (32768 B - 21709 G - 11059 R + 33587200) >> 18
+ *   Cr = (32768 R - 27439 G -  5329 B + 33587200) >> 18
+ *
+ * Checks by pairs. Returns orbStsDoubleSize, a warning, if the width or the height is odd: the last
+ * column or row is not converted, not even its Y. A region of one row is left as it is.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiRGBToYCbCr411_JPEG_8u_C3P3R(const Orb8u* pSrc,
+                                                                   Orb32s srcStep,
+                                                                   Orb8u* const pDst[3],
+                                                                   const Orb32s dstStep[3],
+                                                                   OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGRToYCbCr411_JPEG_8u_C3P3R(const Orb8u* pSrc,
+                                                                   Orb32s srcStep,
+                                                                   Orb8u* const pDst[3],
+                                                                   const Orb32s dstStep[3],
+                                                                   OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiRGBToYCbCr411_JPEG_8u_C4P3R(const Orb8u* pSrc,
+                                                                   Orb32s srcStep,
+                                                                   Orb8u* const pDst[3],
+                                                                   const Orb32s dstStep[3],
+                                                                   OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGRToYCbCr411_JPEG_8u_C4P3R(const Orb8u* pSrc,
+                                                                   Orb32s srcStep,
+                                                                   Orb8u* const pDst[3],
+                                                                   const Orb32s dstStep[3],
+                                                                   OrbiSize roiSize);
+
+/* YCbCr to RGB by inverse A. Checks by pixels.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCrToRGB_JPEG_8u_P3R(const Orb8u* const pSrc[3],
+                                                              Orb32s srcStep, Orb8u* const pDst[3],
+                                                              Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCrToRGB_JPEG_8u_P3C3R(const Orb8u* const pSrc[3],
+                                                                Orb32s srcStep, Orb8u* pDst,
+                                                                Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCrToBGR_JPEG_8u_P3C3R(const Orb8u* const pSrc[3],
+                                                                Orb32s srcStep, Orb8u* pDst,
+                                                                Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCrToRGB555_JPEG_8u16u_P3C3R(const Orb8u* const pSrc[3],
+                                                                      Orb32s srcStep, Orb16u* pDst,
+                                                                      Orb32s dstStep,
+                                                                      OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCrToBGR555_JPEG_8u16u_P3C3R(const Orb8u* const pSrc[3],
+                                                                      Orb32s srcStep, Orb16u* pDst,
+                                                                      Orb32s dstStep,
+                                                                      OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCrToRGB565_JPEG_8u16u_P3C3R(const Orb8u* const pSrc[3],
+                                                                      Orb32s srcStep, Orb16u* pDst,
+                                                                      Orb32s dstStep,
+                                                                      OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCrToBGR565_JPEG_8u16u_P3C3R(const Orb8u* const pSrc[3],
+                                                                      Orb32s srcStep, Orb16u* pDst,
+                                                                      Orb32s dstStep,
+                                                                      OrbiSize roiSize);
+
+/* YCbCr to RGB by inverse B. Checks by pairs, though an odd last column is converted too.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCrToRGB_JPEG_8u_P3C4R(const Orb8u* const pSrc[3],
+                                                                Orb32s srcStep, Orb8u* pDst,
+                                                                Orb32s dstStep, OrbiSize roiSize,
+                                                                Orb8u aval);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCrToBGR_JPEG_8u_P3C4R(const Orb8u* const pSrc[3],
+                                                                Orb32s srcStep, Orb8u* pDst,
+                                                                Orb32s dstStep, OrbiSize roiSize,
+                                                                Orb8u aval);
+
+/* YCbCr with one chroma sample for two pixels of a row to RGB, by inverse B: both pixels take the
+ * sample as it is.
+ *
+ * Checks by pairs. Returns orbStsDoubleSize, a warning, if the width is odd: the last column is not
+ * written.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr422ToRGB_JPEG_8u_P3C3R(const Orb8u* const pSrc[3],
+                                                                   const Orb32s srcStep[3],
+                                                                   Orb8u* pDst, Orb32s dstStep,
+                                                                   OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr422ToBGR_JPEG_8u_P3C3R(const Orb8u* const pSrc[3],
+                                                                   const Orb32s srcStep[3],
+                                                                   Orb8u* pDst, Orb32s dstStep,
+                                                                   OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr422ToRGB_JPEG_8u_P3C4R(const Orb8u* const pSrc[3],
+                                                                   const Orb32s srcStep[3],
+                                                                   Orb8u* pDst, Orb32s dstStep,
+                                                                   OrbiSize roiSize, Orb8u aval);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr422ToBGR_JPEG_8u_P3C4R(const Orb8u* const pSrc[3],
+                                                                   const Orb32s srcStep[3],
+                                                                   Orb8u* pDst, Orb32s dstStep,
+                                                                   OrbiSize roiSize, Orb8u aval);
+
+/* The same by inverse A from one interleaved image, in which two pixels are four bytes: Y, Cb, Y,
+ * Cr.
+ *
+ * Checks by pairs, and orbStsSizeErr if the height is below 2. An odd width is no warning: the last
+ * pair is read and written whole, one pixel beyond the region.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr422ToRGB_JPEG_8u_C2C3R(const Orb8u* pSrc,
+                                                                   Orb32s srcStep, Orb8u* pDst,
+                                                                   Orb32s dstStep,
+                                                                   OrbiSize roiSize);
+
+/* YCbCr with one chroma sample for two by two pixels to RGB, by inverse B: all four pixels take the
+ * sample as it is.
+ *
+ * Checks by pairs. Returns orbStsDoubleSize, a warning, if the width or the height is odd. An odd
+ * last row is not written. An odd last column is not written by
+ * legacy90orbiYCbCr411ToRGB_JPEG_8u_P3C3R; the others complete its pair, and so read one Y and
+ * write one pixel beyond the region in each row, and read the chroma sample of that pair.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr411ToRGB_JPEG_8u_P3C3R(const Orb8u* const pSrc[3],
+                                                                   const Orb32s srcStep[3],
+                                                                   Orb8u* pDst, Orb32s dstStep,
+                                                                   OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr411ToBGR_JPEG_8u_P3C3R(const Orb8u* const pSrc[3],
+                                                                   const Orb32s srcStep[3],
+                                                                   Orb8u* pDst, Orb32s dstStep,
+                                                                   OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr411ToRGB_JPEG_8u_P3C4R(const Orb8u* const pSrc[3],
+                                                                   const Orb32s srcStep[3],
+                                                                   Orb8u* pDst, Orb32s dstStep,
+                                                                   OrbiSize roiSize, Orb8u aval);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr411ToBGR_JPEG_8u_P3C4R(const Orb8u* const pSrc[3],
+                                                                   const Orb32s srcStep[3],
+                                                                   Orb8u* pDst, Orb32s dstStep,
+                                                                   OrbiSize roiSize, Orb8u aval);
+
+/* CMYK to YCCK: C, M and Y are taken as the complements of R, G and B (255 less the sample) and
+ * converted by forward A; K is copied. Checks by pixels.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiCMYKToYCCK_JPEG_8u_C4P4R(const Orb8u* pSrc, Orb32s srcStep,
+                                                                Orb8u* const pDst[4],
+                                                                Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiCMYKToYCCK_JPEG_8u_P4R(const Orb8u* const pSrc[4],
+                                                              Orb32s srcStep, Orb8u* const pDst[4],
+                                                              Orb32s dstStep, OrbiSize roiSize);
+
+/* YCCK to CMYK: the first three planes are converted by inverse A, and C, M and Y are the
+ * complements of R, G and B; K is copied. Checks by pixels.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiYCCKToCMYK_JPEG_8u_P4C4R(const Orb8u* const pSrc[4],
+                                                                Orb32s srcStep, Orb8u* pDst,
+                                                                Orb32s dstStep, OrbiSize roiSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCCKToCMYK_JPEG_8u_P4R(const Orb8u* const pSrc[4],
+                                                              Orb32s srcStep, Orb8u* const pDst[4],
+                                                              Orb32s dstStep, OrbiSize roiSize);
 
 /* ------------------------------------------------------------------------------------------------
  * Chroma sampling
