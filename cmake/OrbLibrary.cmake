@@ -8,11 +8,14 @@ set(ORB_FRAME_SOURCES
     frame/stubs.S
     frame/version.cpp
     jpeg/tables/color.cpp
+    jpeg/tables/huffman.cpp
     jpeg/tables/zigzag.cpp)
 
 set(ORB_ENTRY_SOURCES
     jpeg/color.cpp
     jpeg/dct.cpp
+    jpeg/huffman_sequential.cpp
+    jpeg/huffman_tables.cpp
     jpeg/quant.cpp
     jpeg/sampling.cpp)
 

@@ -18,6 +18,10 @@ constexpr T limit(T value, T low, T high) {
 constexpr Orb16s wrap16s(Orb32s value) {
   return static_cast<Orb16s>(value);
 }
+// Keeps the low 16 bits.
+constexpr Orb16u wrap16u(Orb32s value) {
+  return static_cast<Orb16u>(value);
+}
 // Keeps the low 8 bits.
 constexpr Orb8u wrap8u(Orb32s value) {
   return static_cast<Orb8u>(value);

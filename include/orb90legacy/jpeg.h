@@ -163,12 +163,220 @@ ORB_API OrbStatus ORB_CALL legacy90orbiDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R(
     const Orb16s* pSrc, Orb8u* pDst, Orb32s dstStep, const Orb16u* pQuantInvTable);
 
 /* ------------------------------------------------------------------------------------------------
- * Huffman tables and bit-stream state
+ * Huffman tables and bit-stream state (T.81 annexes C and K.2)
+ *
+ * All coders of entropy-coded data work from four records: a Huffman table in the form that an
+ * encoder wants and in the form that a decoder wants, and the state of a bit stream that is being
+ * written or read. They are opaque and carry no tag: a record of the wrong kind goes undetected.
+ *
+ * A record is made in one of two ways. Either the host takes memory of the size that GetBufSize
+ * reports and hands it to Init; or InitAlloc allocates the record, and Free releases it. What the
+ * host allocated itself is never passed to Free. A table is read only once it is made, and may be
+ * shared between threads; a state belongs to one scan and to one thread at a time.
+ *
+ * pListBits and pListVals are the two lists of a DHT segment: 16 bytes with the number of codes of
+ * each length from 1 to 16, and the symbols in order of increasing code. Of pListVals as many bytes
+ * are read as pListBits counts codes.
  * ---------------------------------------------------------------------------------------------- */
 
+/* The code of each symbol. */
+typedef struct OrbiEncodeHuffmanSpec OrbiEncodeHuffmanSpec;
+/* The symbol of each code, with a lookup for codes of up to 8 bits. */
+typedef struct OrbiDecodeHuffmanSpec OrbiDecodeHuffmanSpec;
+/* Bits that do not yet fill a byte, and the end-of-band run of a progressive scan. */
+typedef struct OrbiEncodeHuffmanState OrbiEncodeHuffmanState;
+/* Bits read ahead, and the end-of-band run of a progressive scan. */
+typedef struct OrbiDecodeHuffmanState OrbiDecodeHuffmanState;
+
+/* Stores the size of a record in bytes: 1024 and 1644 for the tables, 1048 and 24 for the states.
+ *
+ * Returns orbStsNullPtrErr.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffmanSpecGetBufSize_JPEG_8u(Orb32s* pSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeHuffmanSpecGetBufSize_JPEG_8u(Orb32s* pSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffmanStateGetBufSize_JPEG_8u(Orb32s* pSize);
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeHuffmanStateGetBufSize_JPEG_8u(Orb32s* pSize);
+
+/* Makes an encoder's table. A symbol that is listed twice has its last code. With no code at all
+ * the table is empty, and every symbol fails when it is to be coded.
+ *
+ * Returns orbStsNullPtrErr for any pointer; orbStsJpegHuffTableErr if the lists hold more than 256
+ * codes, or if the codes of a length run up to all ones or beyond: the record is then empty.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffmanSpecInit_JPEG_8u(
+    const Orb8u* pListBits, const Orb8u* pListVals, OrbiEncodeHuffmanSpec* pEncHuffSpec);
+
+/* Makes a decoder's table. It takes more than the encoder does: a code of all ones, and lengths
+ * above 8 with more codes than there can be, whose excess no stream can reach. When the last code
+ * of length 16 is all ones, no code of length 16 is recognised.
+ *
+ * Returns orbStsNullPtrErr for any pointer; orbStsJpegHuffTableErr if the lists hold more than 256
+ * codes, or more codes of a length up to 8 than there can be: the record is then not to be used.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeHuffmanSpecInit_JPEG_8u(
+    const Orb8u* pListBits, const Orb8u* pListVals, OrbiDecodeHuffmanSpec* pDecHuffSpec);
+
+/* The same in a record that the library allocates, at a multiple of 64 bytes.
+ *
+ * Returns orbStsNullPtrErr for any pointer, and also if the allocation fails, with nothing stored;
+ * then as Init does. After orbStsJpegHuffTableErr the record stands at the output pointer all the
+ * same, for the host to release.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffmanSpecInitAlloc_JPEG_8u(
+    const Orb8u* pListBits, const Orb8u* pListVals, OrbiEncodeHuffmanSpec** ppEncHuffSpec);
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeHuffmanSpecInitAlloc_JPEG_8u(
+    const Orb8u* pListBits, const Orb8u* pListVals, OrbiDecodeHuffmanSpec** ppDecHuffSpec);
+
+/* Releases a table of InitAlloc.
+ *
+ * Returns orbStsNullPtrErr.
+ */
+ORB_API OrbStatus ORB_CALL
+legacy90orbiEncodeHuffmanSpecFree_JPEG_8u(OrbiEncodeHuffmanSpec* pEncHuffSpec);
+ORB_API OrbStatus ORB_CALL
+legacy90orbiDecodeHuffmanSpecFree_JPEG_8u(OrbiDecodeHuffmanSpec* pDecHuffSpec);
+
+/* Sets a state to the start of a scan: no bits, no run. A decoder's state is also set anew at each
+ * restart marker, and after a failure.
+ *
+ * Returns orbStsNullPtrErr.
+ */
+ORB_API OrbStatus ORB_CALL
+legacy90orbiEncodeHuffmanStateInit_JPEG_8u(OrbiEncodeHuffmanState* pEncHuffState);
+ORB_API OrbStatus ORB_CALL
+legacy90orbiDecodeHuffmanStateInit_JPEG_8u(OrbiDecodeHuffmanState* pDecHuffState);
+
+/* The same in a record that the library allocates, at a multiple of 64 bytes.
+ *
+ * Returns orbStsNullPtrErr, also if the allocation fails, with nothing stored.
+ */
+ORB_API OrbStatus ORB_CALL
+legacy90orbiEncodeHuffmanStateInitAlloc_JPEG_8u(OrbiEncodeHuffmanState** ppEncHuffState);
+ORB_API OrbStatus ORB_CALL
+legacy90orbiDecodeHuffmanStateInitAlloc_JPEG_8u(OrbiDecodeHuffmanState** ppDecHuffState);
+
+/* Releases a state of InitAlloc.
+ *
+ * Returns orbStsNullPtrErr.
+ */
+ORB_API OrbStatus ORB_CALL
+legacy90orbiEncodeHuffmanStateFree_JPEG_8u(OrbiEncodeHuffmanState* pEncHuffState);
+ORB_API OrbStatus ORB_CALL
+legacy90orbiDecodeHuffmanStateFree_JPEG_8u(OrbiDecodeHuffmanState* pDecHuffState);
+
+/* Makes the two lists of an optimal table from how often each of the 256 symbols occurs (T.81 K.2),
+ * with codes of at most 16 bits and none of all ones. A symbol that never occurs has no code, and
+ * of pListVals only as many bytes are written as there are codes.
+ *
+ * A count above 1000000000, of a symbol or of symbols that are already joined, is passed over: keep
+ * the sum of all counts below it. Sums wrap.
+ *
+ * Returns orbStsNullPtrErr for any pointer; orbStsJpegHuffTableErr, with nothing written, if a code
+ * would have more than 32 bits before it is shortened.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffmanRawTableInit_JPEG_8u(const Orb32s* pStatistics,
+                                                                         Orb8u* pListBits,
+                                                                         Orb8u* pListVals);
+
 /* ------------------------------------------------------------------------------------------------
- * Sequential Huffman block coding
+ * Sequential Huffman block coding (T.81 F.1.2, F.2.2)
+ *
+ * Each call codes one block of quantised coefficients, in raster order, to or from entropy-coded
+ * data. The host owns the loop over blocks, the order of components, restarts and markers, and one
+ * DC predictor for each component: *pLastDC, 0 at the start of a scan and after each restart.
+ *
+ * The ordinary forms keep their bits in a state record and test every byte against the length of
+ * the buffer; a position outside of the buffer counts as its end. The Direct forms have neither:
+ * the host carries the bits itself, and answers for the size of the buffer.
  * ---------------------------------------------------------------------------------------------- */
+
+/* Encodes a block behind what *pDstCurrPos (a byte position in pDst, which has dstLenBytes bytes)
+ * and the state hold, and moves both. A byte of 255 is followed by a 0. *pLastDC becomes the DC
+ * value of the block before anything is written, so it has moved even if the call fails.
+ *
+ * With bFlush other than 0 the call ends a scan or a restart interval instead, and the four
+ * pointers to the block, predictor and tables are not looked at: the last byte is filled up with
+ * ones and written, nothing at a byte boundary, and the state is set to the start of a scan.
+ *
+ * Coefficients may have any value. A category is a symbol like any other, so a value that the
+ * format does not allow fails for want of a code.
+ *
+ * Returns orbStsNullPtrErr for pDst, orbStsSizeErr if dstLenBytes < 1, orbStsNullPtrErr for
+ * pDstCurrPos or pEncHuffState; then, without bFlush, orbStsNullPtrErr for pSrc, pLastDC, pDcTable
+ * or pAcTable; orbStsJpegHuffTableErr if a symbol has no code, what came before it being written;
+ * orbStsJpegBufferEndErr if the destination is full: it holds all bytes that fit, and the scan is
+ * lost.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffman8x8_JPEG_16s1u_C1(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s dstLenBytes, Orb32s* pDstCurrPos, Orb16s* pLastDC,
+    const OrbiEncodeHuffmanSpec* pDcTable, const OrbiEncodeHuffmanSpec* pAcTable,
+    OrbiEncodeHuffmanState* pEncHuffState, Orb32s bFlush);
+
+/* Encodes a block at bit position *pDstBitsLen of pDst, and moves the position. The bits of its
+ * byte in front of the position are kept; the bits behind the new position are 0 to the end of its
+ * byte, which is written even if the position is at its start. The buffer need not be cleared.
+ *
+ * There is no flush: the host fills up the last byte. A symbol without a code is left out and no
+ * failure. A block takes at most 512 bytes beyond the one it starts in.
+ *
+ * Returns orbStsNullPtrErr for any pointer.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s* pDstBitsLen, Orb16s* pLastDC,
+    const OrbiEncodeHuffmanSpec* pDcTable, const OrbiEncodeHuffmanSpec* pAcTable);
+
+/* Decodes a block from what the state holds and the srcLenBytes bytes at pSrc from *pSrcCurrPos on,
+ * and moves both; bytes are read ahead, up to 4. All 64 values of pDst are written.
+ *
+ * A marker ends the reading: its second byte is stored in *pMarker, and the position lies behind
+ * it. Bytes of 255 in front of a marker are passed over. While *pMarker is not 0 nothing is read;
+ * the host handles the marker, clears *pMarker and sets the state anew. A call that lacks bits
+ * behind a marker may make up the last value of a block, but the next read fails.
+ *
+ * A value whose position in zigzag order is past 63 replaces the last coefficient, up to position
+ * 71; beyond it the call fails.
+ *
+ * Returns orbStsNullPtrErr for pSrc, orbStsBadArgErr if srcLenBytes < 0, orbStsNullPtrErr for any
+ * other pointer; then, with the block as far as it was decoded and the position, state and
+ * predictor moved: orbStsJpegBufferEndErr if the source is at its end, orbStsJpegBitStreamErr if no
+ * code matches or bits are wanted behind a marker, orbStsErr for a position past 71.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeHuffman8x8_JPEG_1u16s_C1(
+    const Orb8u* pSrc, Orb32s srcLenBytes, Orb32s* pSrcCurrPos, Orb16s* pDst, Orb16s* pLastDC,
+    Orb32s* pMarker, const OrbiDecodeHuffmanSpec* pDcTable, const OrbiDecodeHuffmanSpec* pAcTable,
+    OrbiDecodeHuffmanState* pDecHuffState);
+
+/* Decodes a block without a state: *pPrefetchedBits holds *pNumValidPrefetchedBits bits at its low
+ * end, 0 at the start of a scan, and the bytes behind them start at bit position *pSrcBitsLen,
+ * rounded down to a byte. A *pMarker above 0 stands for a marker that has been met. The source is
+ * read until a marker comes up, so it has to end with one.
+ *
+ * Behind a marker, bits that are missing for a code of up to 8 bits count as 0, and a value takes
+ * what bits there are; when no bit is left before a symbol, the call succeeds with the block as far
+ * as it was decoded, and zeros from there on.
+ *
+ * Returns orbStsNullPtrErr for pSrc or pSrcBitsLen, orbStsBadArgErr if *pSrcBitsLen < 0,
+ * orbStsNullPtrErr for pDst, pLastDC, pMarker, pPrefetchedBits or pNumValidPrefetchedBits,
+ * orbStsBadArgErr if *pNumValidPrefetchedBits < 0, orbStsNullPtrErr for pDcTable or pAcTable; then,
+ * with everything as far as it was decoded: orbStsJpegBitStreamErr if no code matches,
+ * orbStsJpegBufferEndErr if a value is wanted and no bit is left, orbStsErr for a value whose
+ * position in zigzag order is past 71.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(
+    const Orb8u* pSrc, Orb32s* pSrcBitsLen, Orb16s* pDst, Orb16s* pLastDC, Orb32s* pMarker,
+    Orb32u* pPrefetchedBits, Orb32s* pNumValidPrefetchedBits, const OrbiDecodeHuffmanSpec* pDcTable,
+    const OrbiDecodeHuffmanSpec* pAcTable);
+
+/* Adds the symbols of a block to the counts of 256 DC and 256 AC symbols, and moves the predictor:
+ * the first pass of a coder that makes its own tables, which clears the counts once for each scan.
+ *
+ * Returns orbStsNullPtrErr for any pointer; orbStsJpegBitStreamErr for a DC difference of more than
+ * 15 bits or an AC coefficient of more than 14, what came before it being counted.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiGetHuffmanStatistics8x8_JPEG_16s_C1(const Orb16s* pSrc,
+                                                                           Orb32s* pDcStatistics,
+                                                                           Orb32s* pAcStatistics,
+                                                                           Orb16s* pLastDC);
 
 /* ------------------------------------------------------------------------------------------------
  * Colour conversion (JFIF: ITU-T T.871, 7; CMYK and YCCK: T.872)

@@ -1,0 +1,122 @@
+// Bit streams without bounds: a writer for a destination that is known to have room, and the reader
+// of the Direct form, whose source ends with a marker.
+#ifndef ORB_JPEG_PX_HUFFMAN_DIRECT_H
+#define ORB_JPEG_PX_HUFFMAN_DIRECT_H
+
+#include "jpeg/px/huffman_bits.h"
+
+namespace orb::ORB_BUILD::plain {
+
+// Gathers up to 31 bits before it writes. Above the bits not yet written it keeps at least the 8
+// that were written last.
+struct RoomyWriter {
+  Orb8u* at;
+  uint64_t bits;
+  Orb32s count;
+
+  void writeByte(Orb8u byte) {
+    *at++ = byte;
+    if (byte == 255) *at++ = 0;
+  }
+
+  // Appends the low `n` bits of a value that has no others, n from 0 to 32.
+  [[gnu::always_inline]] void put(Orb32u value, Orb32s n) {
+    bits = bits << n | value;
+    count += n;
+    if (count < 32) return;
+    count -= 32;
+    const Orb32u word = static_cast<Orb32u>(bits >> count);
+    if (!hasByte255(word)) {
+      store(reinterpret_cast<Orb32u*>(at), __builtin_bswap32(word));
+      at += 4;
+      return;
+    }
+    for (int shift = 24; shift >= 0; shift -= 8) writeByte(static_cast<Orb8u>(word >> shift));
+  }
+
+  // Writes all whole bytes: 0 to 7 bits stay.
+  void drain() {
+    while (count >= 8) {
+      count -= 8;
+      writeByte(static_cast<Orb8u>(bits >> count));
+    }
+  }
+};
+
+struct DirectReader {
+  const Orb8u* at;
+  Orb32s marker;  // above 0 when one has been met
+  Orb32u bitBuffer;
+  Orb32s bitCount;
+};
+
+// Reads bytes until there are 25 bits or more, or a marker comes up.
+[[gnu::always_inline]] inline void fillDirect(DirectReader& reader) {
+  if (reader.marker > 0) return;
+  while (reader.bitCount < 25) {
+    const Orb8u byte = *reader.at++;
+    if (byte == 255) {
+      Orb8u next;
+      do next = *reader.at++;
+      while (next == 255);
+      if (next != 0) {
+        reader.marker = next;
+        return;
+      }
+    }
+    reader.bitBuffer = reader.bitBuffer << 8 | byte;
+    reader.bitCount += 8;
+  }
+}
+
+// Fetches `n` bits, at most 15. With one bit left or more it takes what there is, and the count may
+// fall below zero.
+[[gnu::always_inline]] inline OrbStatus fetchBits(DirectReader& reader, Orb32s n, Orb32u& bits) {
+  if (reader.bitCount < n) {
+    fillDirect(reader);
+    if (reader.bitCount < n && reader.bitCount < 1) return orbStsJpegBufferEndErr;
+  }
+  reader.bitCount -= n;
+  bits = lowBits(reader.bitBuffer >> (reader.bitCount & 31), n);
+  return orbStsNoErr;
+}
+
+// A code of more than 8 bits, none of which may be missing.
+[[gnu::always_inline]] inline OrbStatus decodeLongSymbol(DirectReader& reader,
+                                                         const OrbiDecodeHuffmanSpec& table,
+                                                         Orb32s& symbol) {
+  Orb32u code = 0;
+  for (Orb32s length = 9; length <= 16; ++length) {
+    const Orb32s n = length == 9 ? 9 : 1;
+    if (reader.bitCount < n) fillDirect(reader);
+    if (reader.bitCount < n) return orbStsJpegBitStreamErr;
+    Orb32u bits = 0;
+    fetchBits(reader, n, bits);
+    code = code << 1 | bits;
+    if (findSymbol(table, length, code, symbol)) return orbStsNoErr;
+  }
+  return orbStsJpegBitStreamErr;
+}
+
+// Decodes a symbol. Fewer than 8 bits behind a marker are looked up with zeros behind them, so that
+// the count may fall below zero. Without any bit left there is no symbol, and no fault:
+// orbStsNoOperation.
+[[gnu::always_inline]] inline OrbStatus orbJpegDecodeSymbol(DirectReader& reader,
+                                                            const OrbiDecodeHuffmanSpec& table,
+                                                            Orb32s& symbol) {
+  if (reader.bitCount < 8) {
+    fillDirect(reader);
+    if (reader.bitCount < 1) return orbStsNoOperation;
+  }
+  const Orb32u next = reader.bitCount >= 8 ? reader.bitBuffer >> ((reader.bitCount - 8) & 31)
+                                           : reader.bitBuffer << (8 - reader.bitCount);
+  const Orb32u entry = table.lookup[next & 255];
+  if (entry >> 16 == 0) return decodeLongSymbol(reader, table, symbol);
+  reader.bitCount -= static_cast<Orb32s>(entry >> 16);
+  symbol = static_cast<Orb8u>(entry);
+  return orbStsNoErr;
+}
+
+}  // namespace orb::ORB_BUILD::plain
+
+#endif
