@@ -224,6 +224,29 @@ TEST(FeatureWord, FamilyBHasALeafOfItsOwn) {
   }
 }
 
+// ---- The processor that the tests run on, judged by the compiler's own library
+
+TEST(HostCpu, AgreesWithTheCompilersLibrary) {
+  orb::HostCpu cpu;
+  ASSERT_TRUE(cpu.hasCpuid());
+  const uint32_t word = orb::featureWord(cpu);
+  const auto has = [word](uint32_t mask) { return (word & mask) == mask; };
+  EXPECT_EQ(has(orb::kMmx), __builtin_cpu_supports("mmx") != 0);
+  EXPECT_EQ(has(orb::kSse), __builtin_cpu_supports("sse") != 0);
+  EXPECT_EQ(has(orb::kSse2), __builtin_cpu_supports("sse2") != 0);
+  EXPECT_EQ(has(orb::kSse3), __builtin_cpu_supports("sse3") != 0);
+  EXPECT_EQ(has(orb::kSsse3), __builtin_cpu_supports("ssse3") != 0);
+  EXPECT_EQ(has(orb::kSse41), __builtin_cpu_supports("sse4.1") != 0);
+  EXPECT_EQ(has(orb::kSse42), __builtin_cpu_supports("sse4.2") != 0);
+  EXPECT_EQ(has(orb::kAes), __builtin_cpu_supports("aes") != 0);
+  EXPECT_EQ(has(orb::kPclmulqdq), __builtin_cpu_supports("pclmul") != 0);
+  // That library's answer counts the operating system in.
+  EXPECT_EQ(has(orb::kAvx | orb::kAvxState), __builtin_cpu_supports("avx") != 0);
+  EXPECT_EQ(has(orb::kAvx | orb::kAvxState | orb::kAvx2Class),
+            __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
+                __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2"));
+}
+
 // ---- The choice of build
 
 struct Choice {
