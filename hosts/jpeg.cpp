@@ -1,0 +1,172 @@
+// orb jpeg encode, orb jpeg decode.
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "hosts/commands.h"
+#include "hosts/file.h"
+#include "hosts/image_file.h"
+#include "hosts/jpeg_decode.h"
+#include "hosts/jpeg_encode.h"
+#include "orb90legacy.h"
+
+namespace orbhost {
+
+namespace {
+
+using jpeg::DecodeOptions;
+using jpeg::EncodeOptions;
+using jpeg::Sampling;
+
+struct EncodeArguments {
+  std::string from;
+  std::string to;
+  std::string restart;
+  bool stats = false;
+  EncodeOptions options;
+};
+
+struct DecodeArguments {
+  std::string from;
+  std::string to;
+  bool stats = false;
+  DecodeOptions options;
+};
+
+// A number of MCUs, or of rows of them: "8", "1row", "2rows".
+void parseRestart(const std::string& text, EncodeOptions& options) {
+  char* end = nullptr;
+  const long number = std::strtol(text.c_str(), &end, 10);
+  const std::string unit = end;
+  const bool rows = unit == "row" || unit == "rows";
+  if (end == text.c_str() || (!rows && !unit.empty()) || number < 0 || number > 65535) {
+    throw Error("--restart takes a number of MCUs, as in 8, or of rows of them, as in 1row; not " +
+                text);
+  }
+  options.restartInterval = static_cast<int>(number);
+  options.restartInRows = rows;
+}
+
+// What the codec alone takes, without files and their formats.
+class Stopwatch {
+ public:
+  double seconds() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+  }
+
+ private:
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+void printStats(size_t bytes, const Image& image, double seconds) {
+  const double pixels = static_cast<double>(image.width()) * image.height();
+  std::fprintf(stderr, "bytes=%zu bits_per_pixel=%.3f mpixels_per_second=%.1f build=%s\n", bytes,
+               static_cast<double>(bytes) * 8 / pixels, pixels / 1e6 / seconds,
+               legacy90orbjGetLibVersion()->targetCpu);
+}
+
+void encode(EncodeArguments& arguments) {
+  if (!arguments.restart.empty()) parseRestart(arguments.restart, arguments.options);
+  const Bytes file = withFile(arguments.from, [&] {
+    const Image image = parseImage(readFile(arguments.from));
+    const Stopwatch stopwatch;
+    Bytes coded = jpeg::encodeJpeg(image, arguments.options);
+    if (arguments.stats) printStats(coded.size(), image, stopwatch.seconds());
+    return coded;
+  });
+  withFile(arguments.to, [&] { writeFile(arguments.to, file); });
+}
+
+void decode(const DecodeArguments& arguments) {
+  const ImageFormat format = withFile(arguments.to, [&] { return imageFormatOf(arguments.to); });
+  const Image image = withFile(arguments.from, [&] {
+    const Bytes coded = readFile(arguments.from);
+    const Stopwatch stopwatch;
+    Image decoded = jpeg::decodeJpeg(coded, arguments.options);
+    if (arguments.stats) printStats(coded.size(), decoded, stopwatch.seconds());
+    return decoded;
+  });
+  withFile(arguments.to, [&] { writeFile(arguments.to, formatImage(image, format)); });
+}
+
+template <class Arguments>
+void addStats(CLI::App& command, Arguments& arguments) {
+  command.add_flag("--stats", arguments.stats,
+                   "Print size and speed of the codec, and the library's build, to the error "
+                   "stream");
+}
+
+void addEncode(CLI::App& jpeg) {
+  CLI::App& command = *jpeg.add_subcommand("encode", "Write a picture as baseline JPEG");
+  const auto arguments = std::make_shared<EncodeArguments>();
+  static const std::map<std::string, Sampling> kSamplings = {{"444", Sampling::k444},
+                                                             {"422", Sampling::k422},
+                                                             {"420", Sampling::k420},
+                                                             {"grey", Sampling::kGrey},
+                                                             {"gray", Sampling::kGrey}};
+  command.add_option("input", arguments->from, "PNG, PGM or PPM; the content tells which")
+      ->required();
+  command.add_option("output", arguments->to, "The JPEG file")->required();
+  command
+      .add_option("-q,--quality", arguments->options.quality,
+                  "1 (smallest) to 100 (best); 50 takes the tables of T.81 annex K as they are")
+      ->check(CLI::Range(1, 100))
+      ->capture_default_str();
+  command
+      .add_option("-s,--sampling", arguments->options.sampling,
+                  "Chroma in full (444), halved across (422), or halved both ways (420, the "
+                  "default); or none of it (grey)")
+      ->transform(CLI::CheckedTransformer(kSamplings).description("444|422|420|grey"));
+  command.add_flag("-o,--optimize", arguments->options.optimize,
+                   "Make Huffman tables for this picture: a few per cent smaller, and slower");
+  command
+      .add_option("-r,--restart", arguments->restart,
+                  "A restart marker every N MCUs, or every N rows of them: 8, 1row")
+      ->type_name("N|Nrows");
+  addStats(command, *arguments);
+  command.footer(
+      "Examples:\n"
+      "  orb jpeg encode photo.png photo.jpg\n"
+      "  orb jpeg encode --quality 95 --sampling 444 chart.ppm chart.jpg\n"
+      "  orb jpeg encode -q 60 --optimize --restart 1row scan.pgm scan.jpg\n\n"
+      "A PNG's transparency is dropped; samples of another depth are scaled to 8 bits.");
+  command.callback([arguments] { encode(*arguments); });
+}
+
+void addDecode(CLI::App& jpeg) {
+  CLI::App& command = *jpeg.add_subcommand("decode", "Turn a JPEG file into pixels");
+  const auto arguments = std::make_shared<DecodeArguments>();
+  static const std::map<std::string, int> kScales = {
+      {"1", 1}, {"1/1", 1}, {"1/2", 2}, {"1/4", 4}, {"1/8", 8}};
+  command.add_option("input", arguments->from, "The JPEG file")->required();
+  command
+      .add_option("output", arguments->to,
+                  "The picture, as its extension says: .png, .ppm, .pgm, or .pnm for PGM or PPM")
+      ->required();
+  command
+      .add_option("--scale", arguments->options.scale,
+                  "Decode at a part of the size, which is also faster: 1/2, 1/4 or 1/8")
+      ->transform(CLI::CheckedTransformer(kScales).description("1|1/2|1/4|1/8"));
+  addStats(command, *arguments);
+  command.footer(
+      "Examples:\n"
+      "  orb jpeg decode photo.jpg photo.png\n"
+      "  orb jpeg decode --scale 1/8 photo.jpg thumbnail.ppm\n\n"
+      "Reads baseline and extended sequential Huffman-coded files of 8-bit samples: grey, YCbCr,\n"
+      "RGB, CMYK and YCCK. A damaged or cut-off file is refused, and nothing is written.");
+  command.callback([arguments] { decode(*arguments); });
+}
+
+}  // namespace
+
+void addJpegCommand(CLI::App& program) {
+  CLI::App& jpeg = *program.add_subcommand("jpeg", "JPEG (ITU-T T.81): encode, decode");
+  jpeg.require_subcommand(1);
+  addEncode(jpeg);
+  addDecode(jpeg);
+}
+
+}  // namespace orbhost

@@ -1,0 +1,21 @@
+// From a JPEG file in memory to pixels.
+#ifndef ORB_HOSTS_JPEG_DECODE_H
+#define ORB_HOSTS_JPEG_DECODE_H
+
+#include "hosts/bytes.h"
+#include "hosts/image.h"
+
+namespace orbhost::jpeg {
+
+struct DecodeOptions {
+  int scale = 1;  // the picture's size is divided by 1, 2, 4 or 8
+};
+
+// Baseline and extended sequential Huffman-coded files of 8-bit samples: grey, YCbCr, RGB, CMYK and
+// YCCK with sampling factors of 1 and 2. The picture is grey or RGB. Throws an Error that names the
+// place in the file if it is damaged, cut off or of another kind.
+Image decodeJpeg(ByteView file, const DecodeOptions& options);
+
+}  // namespace orbhost::jpeg
+
+#endif

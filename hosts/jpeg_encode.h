@@ -1,0 +1,26 @@
+// From pixels to a JPEG file in memory.
+#ifndef ORB_HOSTS_JPEG_ENCODE_H
+#define ORB_HOSTS_JPEG_ENCODE_H
+
+#include "hosts/bytes.h"
+#include "hosts/image.h"
+
+namespace orbhost::jpeg {
+
+enum class Sampling { k444, k422, k420, kGrey };
+
+struct EncodeOptions {
+  int quality = 85;  // 1 to 100
+  Sampling sampling = Sampling::k420;
+  bool optimize = false;    // Huffman tables made for this picture, at the price of a second pass
+  int restartInterval = 0;  // in MCUs, or in rows of MCUs; 0 is none
+  bool restartInRows = false;
+};
+
+// A baseline JFIF file of a grey or RGB picture, with the tables of T.81 annex K. A grey picture
+// stays grey whatever the sampling. Throws an Error if the picture is too large for the format.
+Bytes encodeJpeg(const Image& image, const EncodeOptions& options);
+
+}  // namespace orbhost::jpeg
+
+#endif

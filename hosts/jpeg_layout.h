@@ -1,0 +1,70 @@
+// How a frame's components lie in blocks and MCUs (ITU-T T.81 A.1.1, A.2).
+#ifndef ORB_HOSTS_JPEG_LAYOUT_H
+#define ORB_HOSTS_JPEG_LAYOUT_H
+
+#include <algorithm>
+#include <vector>
+
+#include "hosts/jpeg_markers.h"
+
+namespace orbhost::jpeg {
+
+constexpr int divideUp(int a, int b) {
+  return (a + b - 1) / b;
+}
+
+struct ComponentLayout {
+  int h;  // sampling factors: blocks of an interleaved MCU
+  int v;
+  int blocksWide;  // blocks that hold samples of the picture
+  int blocksHigh;
+  int paddedBlocksWide;  // blocks of whole MCUs
+  int paddedBlocksHigh;
+};
+
+struct Layout {
+  int hMax = 1;
+  int vMax = 1;
+  int mcusWide = 0;
+  int mcusHigh = 0;
+  std::vector<ComponentLayout> components;
+
+  explicit Layout(const Frame& frame) {
+    for (const FrameComponent& component : frame.components) {
+      hMax = std::max(hMax, component.h);
+      vMax = std::max(vMax, component.v);
+    }
+    mcusWide = divideUp(frame.width, 8 * hMax);
+    mcusHigh = divideUp(frame.height, 8 * vMax);
+    for (const FrameComponent& component : frame.components) {
+      const int h = component.h;
+      const int v = component.v;
+      components.push_back({h, v, divideUp(frame.width * h, 8 * hMax),
+                            divideUp(frame.height * v, 8 * vMax), mcusWide * h, mcusHigh * v});
+    }
+  }
+};
+
+// Visits the blocks of one row of an interleaved scan's MCUs in coding order. `visit` is told the
+// component's place in the scan, the component, and the block's column and row in it.
+template <class BeginMcu, class Visit>
+void walkMcuRow(const Layout& layout, const std::vector<ScanComponent>& scan, int mcuRow,
+                BeginMcu beginMcu, Visit visit) {
+  const int components = static_cast<int>(scan.size());
+  for (int mcu = 0; mcu < layout.mcusWide; ++mcu) {
+    beginMcu();
+    for (int i = 0; i < components; ++i) {
+      const int c = scan[i].component;
+      const ComponentLayout& component = layout.components[c];
+      for (int row = mcuRow * component.v; row < (mcuRow + 1) * component.v; ++row) {
+        for (int column = mcu * component.h; column < (mcu + 1) * component.h; ++column) {
+          visit(i, c, column, row);
+        }
+      }
+    }
+  }
+}
+
+}  // namespace orbhost::jpeg
+
+#endif

@@ -1,0 +1,45 @@
+// orb: codecs built on the library's public door.
+#include <exception>
+#include <iostream>
+#include <new>
+#include <string>
+
+#include "hosts/commands.h"
+#include "orb90legacy.h"
+
+namespace {
+
+std::string describe(const OrbLibraryVersion& version) {
+  return std::string(version.name) + " " + version.version + " " + version.buildDate + ", build " +
+         version.targetCpu;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App program("Codecs built on orb90legacy");
+  program.name("orb");
+  program.set_version_flag("--version", [] {
+    return describe(*legacy90orbjGetLibVersion()) + "\n" + describe(*legacy90orbdcGetLibVersion());
+  });
+  program.require_subcommand(1);
+  program.footer(
+      "Examples:\n"
+      "  orb jpeg encode --quality 90 photo.png photo.jpg\n"
+      "  orb jpeg decode photo.jpg photo.ppm\n"
+      "  orb jpeg encode --help\n\n"
+      "The exit status is 0 for success and 1 for any failure, which is explained in one line.");
+  orbhost::addJpegCommand(program);
+
+  try {
+    program.parse(argc, argv);
+    return 0;
+  } catch (const CLI::ParseError& error) {
+    return program.exit(error) == 0 ? 0 : 1;
+  } catch (const std::bad_alloc&) {
+    std::cerr << "orb: out of memory\n";
+  } catch (const std::exception& error) {
+    std::cerr << "orb: " << error.what() << '\n';
+  }
+  return 1;
+}
