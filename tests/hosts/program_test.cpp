@@ -1,0 +1,208 @@
+// The program: what it takes, what it says, and what it leaves behind.
+#include "tests/hosts/support/program.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "hosts/file.h"
+#include "hosts/image_file.h"
+#include "hosts/jpeg_decode.h"
+#include "hosts/jpeg_encode.h"
+#include "orb90legacy.h"
+#include "tests/hosts/support/judges.h"
+#include "tests/hosts/support/pictures.h"
+
+namespace {
+
+using orbhost::Bytes;
+using orbhost::Image;
+using orbhost::ImageFormat;
+using orbhost::readFile;
+using orbhost::writeFile;
+using orbhost::jpeg::encodeJpeg;
+using orbtest::difference;
+using orbtest::Directory;
+using orbtest::draw;
+using orbtest::Motif;
+using orbtest::Outcome;
+using orbtest::runOrb;
+
+using Names = std::vector<std::string>;
+
+// Fails with one line that says why.
+void expectFailure(const Outcome& outcome, const std::string& why) {
+  EXPECT_EQ(outcome.status, 1) << outcome.output;
+  EXPECT_NE(outcome.output.find(why), std::string::npos) << outcome.output;
+}
+
+TEST(Program, EncodesAndDecodes) {
+  const Directory directory;
+  const Image image = draw(Motif::kScene, 70, 50, 3);
+  writeFile(directory / "in.png", formatImage(image, ImageFormat::kPng));
+  writeFile(directory / "in.ppm", formatImage(image, ImageFormat::kPpm));
+  EXPECT_EQ(runOrb({"jpeg", "encode", directory / "in.png", directory / "a.jpg"}).output, "");
+  ASSERT_EQ(runOrb({"jpeg", "encode", "--quality", "85", "--sampling", "420", directory / "in.ppm",
+                    directory / "b.jpg"})
+                .status,
+            0);
+  orbhost::jpeg::EncodeOptions options;
+  EXPECT_EQ(readFile(directory / "a.jpg"), encodeJpeg(image, options));
+  EXPECT_EQ(readFile(directory / "b.jpg"), encodeJpeg(image, options));
+
+  ASSERT_EQ(runOrb({"jpeg", "encode", "-q", "60", "-s", "444", "-o", "-r", "1row",
+                    directory / "in.png", directory / "a.jpg"})
+                .status,
+            0);
+  options.quality = 60;
+  options.sampling = orbhost::jpeg::Sampling::k444;
+  options.optimize = true;
+  options.restartInterval = 1;
+  options.restartInRows = true;
+  const Bytes file = readFile(directory / "a.jpg");
+  EXPECT_EQ(file, encodeJpeg(image, options));
+
+  for (const char* const name : {"out.png", "out.ppm", "out.pnm"}) {
+    ASSERT_EQ(runOrb({"jpeg", "decode", directory / "a.jpg", directory / name}).status, 0);
+    const Image decoded = orbhost::parseImage(readFile(directory / name));
+    EXPECT_EQ(difference(decoded, orbhost::jpeg::decodeJpeg(file, {})).largest, 0);
+  }
+  ASSERT_EQ(
+      runOrb({"jpeg", "decode", "--scale", "1/4", directory / "a.jpg", directory / "q.ppm"}).status,
+      0);
+  EXPECT_EQ(orbhost::parseImage(readFile(directory / "q.ppm")).width(), 18);
+  EXPECT_EQ(directory.files(), (Names{"a.jpg", "b.jpg", "in.png", "in.ppm", "out.png", "out.pnm",
+                                      "out.ppm", "q.ppm"}));
+}
+
+TEST(Program, GreyStaysGrey) {
+  const Directory directory;
+  writeFile(directory / "in.pgm", formatImage(draw(Motif::kScene, 20, 30, 1), ImageFormat::kPgm));
+  ASSERT_EQ(runOrb({"jpeg", "encode", directory / "in.pgm", directory / "a.jpg"}).status, 0);
+  ASSERT_EQ(runOrb({"jpeg", "decode", directory / "a.jpg", directory / "out.pgm"}).status, 0);
+  ASSERT_EQ(runOrb({"jpeg", "decode", directory / "a.jpg", directory / "out.ppm"}).status, 0);
+  EXPECT_EQ(orbhost::parseImage(readFile(directory / "out.pgm")).channels(), 1);
+  EXPECT_EQ(orbhost::parseImage(readFile(directory / "out.ppm")).channels(), 3);
+}
+
+TEST(Program, StatsAreOneLine) {
+  const Directory directory;
+  writeFile(directory / "in.pgm", formatImage(draw(Motif::kScene, 20, 30, 1), ImageFormat::kPgm));
+  const std::string build = legacy90orbjGetLibVersion()->targetCpu;
+  const Outcome encoded =
+      runOrb({"jpeg", "encode", "--stats", directory / "in.pgm", directory / "a.jpg"});
+  const size_t size = readFile(directory / "a.jpg").size();
+  EXPECT_EQ(encoded.output.find("bytes=" + std::to_string(size) + " bits_per_pixel="), 0u);
+  EXPECT_NE(encoded.output.find(" mpixels_per_second="), std::string::npos);
+  EXPECT_NE(encoded.output.find(" build=" + build + "\n"), std::string::npos);
+  const Outcome decoded =
+      runOrb({"jpeg", "decode", "--stats", directory / "a.jpg", directory / "b.pgm"});
+  EXPECT_EQ(decoded.output.find("bytes=" + std::to_string(size) + " bits_per_pixel="), 0u);
+}
+
+TEST(Program, TeachesAndTellsItsBuild) {
+  const Outcome version = runOrb({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_NE(version.output.find(legacy90orbjGetLibVersion()->name), std::string::npos);
+  EXPECT_NE(version.output.find(legacy90orbdcGetLibVersion()->name), std::string::npos);
+  for (const Names& command :
+       {Names{"--help"}, Names{"jpeg", "encode", "--help"}, Names{"jpeg", "decode", "--help"}}) {
+    const Outcome help = runOrb(command);
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.output.find("Examples:\n  orb jpeg "), std::string::npos) << help.output;
+  }
+}
+
+TEST(Program, WrongArgumentsAreFailures) {
+  const Directory directory;
+  const std::string in = directory / "in.pgm";
+  const std::string out = directory / "out.jpg";
+  writeFile(in, formatImage(draw(Motif::kScene, 20, 30, 1), ImageFormat::kPgm));
+  expectFailure(runOrb({}), "subcommand");
+  expectFailure(runOrb({"jpeg"}), "subcommand");
+  expectFailure(runOrb({"jpeg", "encode", in}), "output");
+  expectFailure(runOrb({"jpeg", "encode", in, out, "--quality", "0"}), "quality");
+  expectFailure(runOrb({"jpeg", "encode", in, out, "--quality", "101"}), "quality");
+  expectFailure(runOrb({"jpeg", "encode", in, out, "--sampling", "411"}), "sampling");
+  expectFailure(runOrb({"jpeg", "encode", in, out, "--restart", "-1"}), "--restart");
+  expectFailure(runOrb({"jpeg", "encode", in, out, "--restart", "1column"}), "--restart");
+  expectFailure(runOrb({"jpeg", "decode", in, out, "--scale", "1/3"}), "scale");
+  EXPECT_EQ(directory.files(), Names{"in.pgm"});
+}
+
+TEST(Program, BadFilesLeaveNothingBehind) {
+  const Directory directory;
+  const Bytes file = encodeJpeg(draw(Motif::kScene, 60, 40, 3), {});
+  const std::string in = directory / "in";
+  const std::string out = directory / "out.ppm";
+  const auto decode = [&](const Bytes& bytes) {
+    writeFile(in, bytes);
+    return runOrb({"jpeg", "decode", in, out});
+  };
+  expectFailure(decode({}), "in: the file is empty");
+  expectFailure(decode({'n', 'o', 'n', 'e'}), "in: not a JPEG file");
+  for (size_t size = 1; size < file.size(); size += 97) {
+    expectFailure(decode(Bytes(file.begin(), file.begin() + static_cast<long>(size))), "in: ");
+  }
+  Bytes progressive = orbtest::cjpeg(draw(Motif::kScene, 60, 40, 3), {"-progressive"});
+  expectFailure(decode(progressive), "progressive JPEG is not supported");
+  EXPECT_EQ(directory.files(), Names{"in"});
+
+  for (size_t i = 2; i < file.size(); i += 41) {
+    Bytes damaged = file;
+    damaged[i] ^= 0x55;
+    const Outcome outcome = decode(damaged);
+    EXPECT_TRUE(outcome.status == 0 || outcome.status == 1) << outcome.status << " at byte " << i;
+    EXPECT_EQ(directory.files(), outcome.status == 0 ? (Names{"in", "out.ppm"}) : Names{"in"});
+    unlink(out.c_str());
+  }
+}
+
+TEST(Program, BadPlacesLeaveNothingBehind) {
+  const Directory directory;
+  const Image grey = draw(Motif::kScene, 20, 30, 1);
+  const std::string in = directory / "in.pgm";
+  const std::string jpg = directory / "in.jpg";
+  writeFile(in, formatImage(grey, ImageFormat::kPgm));
+  writeFile(jpg, encodeJpeg(draw(Motif::kScene, 20, 30, 3), {}));
+  mkdir((directory / "place.png").c_str(), 0777);
+  expectFailure(runOrb({"jpeg", "encode", directory / "none.png", directory / "a.jpg"}),
+                "none.png: cannot be opened");
+  expectFailure(runOrb({"jpeg", "encode", directory.path(), directory / "a.jpg"}),
+                "is a directory");
+  expectFailure(runOrb({"jpeg", "decode", directory.path(), directory / "a.png"}),
+                "is a directory");
+  expectFailure(runOrb({"jpeg", "decode", jpg, directory / "place.png"}), "is a directory");
+  expectFailure(runOrb({"jpeg", "encode", in, directory / "no/where.jpg"}), "cannot be created");
+  expectFailure(runOrb({"jpeg", "decode", jpg, directory / "a.gif"}),
+                "a.gif: a picture is written");
+  expectFailure(runOrb({"jpeg", "decode", jpg, directory / "a.pgm"}), "does not fit a .pgm");
+  expectFailure(runOrb({"jpeg", "decode", jpg, "/proc/orb.png"}),
+                "/proc/orb.png: cannot be created");
+  EXPECT_EQ(directory.files(), (Names{"in.jpg", "in.pgm", "place.png"}));
+}
+
+TEST(Program, AnOldOutputStaysUntilTheNewOneIsThere) {
+  const Directory directory;
+  const Bytes old = {'o', 'l', 'd'};
+  writeFile(directory / "out.ppm", old);
+  writeFile(directory / "in.jpg", Bytes{0xFF, 0xD8, 0xFF});
+  expectFailure(runOrb({"jpeg", "decode", directory / "in.jpg", directory / "out.ppm"}), "in.jpg");
+  EXPECT_EQ(readFile(directory / "out.ppm"), old);
+
+  // Through a link to the file behind it, and into the input itself.
+  ASSERT_EQ(symlink("out.ppm", (directory / "link.ppm").c_str()), 0);
+  const Image image = draw(Motif::kScene, 20, 30, 3);
+  writeFile(directory / "in.jpg", encodeJpeg(image, {}));
+  ASSERT_EQ(runOrb({"jpeg", "decode", directory / "in.jpg", directory / "link.ppm"}).status, 0);
+  EXPECT_EQ(orbhost::parseImage(readFile(directory / "out.ppm")).width(), 20);
+  ASSERT_EQ(runOrb({"jpeg", "encode", directory / "out.ppm", directory / "out.ppm"}).status, 0);
+  EXPECT_EQ(readFile(directory / "link.ppm")[1], 0xD8);
+  EXPECT_EQ(directory.files(), (Names{"in.jpg", "link.ppm", "out.ppm"}));
+}
+
+}  // namespace
