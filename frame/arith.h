@@ -34,9 +34,13 @@ constexpr Orb8u saturate8u(Orb32s value) {
 }
 
 // To nearest, ties to even; the value must be within the result's range. One instruction in every
-// build, SSE or x87.
+// build, SSE or x87, and in vectors where the compiler has the first of the two.
 inline Orb32s roundToEven(Orb32f value) {
+#if __has_builtin(__builtin_irintf)
+  return __builtin_irintf(value);
+#else
   return static_cast<Orb32s>(__builtin_lrintf(value));
+#endif
 }
 
 }  // namespace orb::ORB_BUILD

@@ -90,11 +90,15 @@ inline void orbFdct8x8(const Orb16s* src, Orb16s* dst) {
   for (int x = 0; x < 8; ++x) orbFdct8<kSecondPass>(rows + x, dst + x, 8);
 }
 
-// One row or column of the inverse transform, times the square root of 8.
+// The passes of the inverse read a column, x[8 * k], and write a row, so two of them leave the
+// block the right way round: the first goes over the columns, the second over the rows. The
+// compiler makes vectors over the eight of each.
+
+// One column of the inverse transform, times the square root of 8.
 template <int kDropped>
-inline void orbIdct8(const Orb16s* x, Orb16s* o, int stride) {
-  const Orb32s x0 = x[0 * stride], x1 = x[1 * stride], x2 = x[2 * stride], x3 = x[3 * stride];
-  const Orb32s x4 = x[4 * stride], x5 = x[5 * stride], x6 = x[6 * stride], x7 = x[7 * stride];
+inline void orbIdct8(const Orb16s* x, Orb16s* o) {
+  const Orb32s x0 = x[0], x1 = x[8], x2 = x[16], x3 = x[24];
+  const Orb32s x4 = x[32], x5 = x[40], x6 = x[48], x7 = x[56];
 
   const Orb32s m = (x5 + x3) * kC3;
   const Orb32s a = m - x5 * kC3MinusS3;
@@ -114,88 +118,87 @@ inline void orbIdct8(const Orb16s* x, Orb16s* o, int stride) {
   const Orb32s k = (x2 + x6) * kSqrt2S2;
   const Orb32s i = k + x2 * kSqrt2C2MinusS2;
   const Orb32s j = k - x6 * kSqrt2C2PlusS2;
-  o[0 * stride] = wrap16s(rounded<kDropped>(p + i + outer));
-  o[7 * stride] = wrap16s(rounded<kDropped>(p + i - outer));
-  o[1 * stride] = wrap16s(rounded<kDropped>(q + j + g));
-  o[6 * stride] = wrap16s(rounded<kDropped>(q + j - g));
-  o[2 * stride] = wrap16s(rounded<kDropped>(q - j + h));
-  o[5 * stride] = wrap16s(rounded<kDropped>(q - j - h));
-  o[3 * stride] = wrap16s(rounded<kDropped>(p - i + inner));
-  o[4 * stride] = wrap16s(rounded<kDropped>(p - i - inner));
+  o[0] = wrap16s(rounded<kDropped>(p + i + outer));
+  o[7] = wrap16s(rounded<kDropped>(p + i - outer));
+  o[1] = wrap16s(rounded<kDropped>(q + j + g));
+  o[6] = wrap16s(rounded<kDropped>(q + j - g));
+  o[2] = wrap16s(rounded<kDropped>(q - j + h));
+  o[5] = wrap16s(rounded<kDropped>(q - j - h));
+  o[3] = wrap16s(rounded<kDropped>(p - i + inner));
+  o[4] = wrap16s(rounded<kDropped>(p - i - inner));
 }
 
 // The inverse transform with the scaling of ITU-T T.81 A.3.3, columns first.
 inline void orbIdct8x8(const Orb16s* src, Orb16s* dst) {
-  alignas(32) Orb16s columns[64];
-  for (int x = 0; x < 8; ++x) orbIdct8<kFirstPass>(src + x, columns + x, 8);
-  for (int y = 0; y < 8; ++y) orbIdct8<kSecondPass>(columns + 8 * y, dst + 8 * y, 1);
+  alignas(32) Orb16s turned[64];
+  for (int x = 0; x < 8; ++x) orbIdct8<kFirstPass>(src + x, turned + 8 * x);
+  for (int y = 0; y < 8; ++y) orbIdct8<kSecondPass>(turned + y, dst + 8 * y);
 }
 
-// orbIdct8 where only x[0] and x[1] may differ from 0.
+// orbIdct8 where only the first two of the column may differ from 0.
 template <int kDropped>
-inline void orbIdct8From2(const Orb16s* x, Orb16s* o, int stride) {
-  const Orb32s x1 = x[1 * stride];
-  const Orb32s a = x[0 * stride] * 32768;
+inline void orbIdct8From2(const Orb16s* x, Orb16s* o) {
+  const Orb32s x1 = x[8];
+  const Orb32s a = x[0] * 32768;
   const Orb32s k1 = rounded<12>(x1 * kC1) * kSqrt2In12;
   const Orb32s k7 = rounded<12>(x1 * kS1) * kSqrt2In12;
   const Orb32s sum = x1 * kC1PlusS1;
   const Orb32s difference = x1 * (kC1 - kS1);
-  o[0 * stride] = wrap16s(rounded<kDropped>(a + k1));
-  o[7 * stride] = wrap16s(rounded<kDropped>(a - k1));
-  o[1 * stride] = wrap16s(rounded<kDropped>(a + sum));
-  o[6 * stride] = wrap16s(rounded<kDropped>(a - sum));
-  o[2 * stride] = wrap16s(rounded<kDropped>(a + difference));
-  o[5 * stride] = wrap16s(rounded<kDropped>(a - difference));
-  o[3 * stride] = wrap16s(rounded<kDropped>(a + k7));
-  o[4 * stride] = wrap16s(rounded<kDropped>(a - k7));
+  o[0] = wrap16s(rounded<kDropped>(a + k1));
+  o[7] = wrap16s(rounded<kDropped>(a - k1));
+  o[1] = wrap16s(rounded<kDropped>(a + sum));
+  o[6] = wrap16s(rounded<kDropped>(a - sum));
+  o[2] = wrap16s(rounded<kDropped>(a + difference));
+  o[5] = wrap16s(rounded<kDropped>(a - difference));
+  o[3] = wrap16s(rounded<kDropped>(a + k7));
+  o[4] = wrap16s(rounded<kDropped>(a - k7));
 }
 
-// orbIdct8 where only x[0] to x[3] may differ from 0.
+// orbIdct8 where only the first four of the column may differ from 0.
 template <int kDropped>
-inline void orbIdct8From4(const Orb16s* x, Orb16s* o, int stride) {
-  const Orb32s x1 = x[1 * stride], x2 = x[2 * stride], x3 = x[3 * stride];
+inline void orbIdct8From4(const Orb16s* x, Orb16s* o) {
+  const Orb32s x1 = x[8], x2 = x[16], x3 = x[24];
   const Orb32s a = x1 * kC1 - x3 * kC3;
   const Orb32s b = x1 * kS1 + x3 * kS3;
   const Orb32s c = rounded<12>(x1 * kS1 - x3 * kS3) * kSqrt2In12;
   const Orb32s d = rounded<12>(x1 * kC1 + x3 * kC3) * kSqrt2In12;
   const Orb32s e = a + b;
   const Orb32s f = a - b;
-  const Orb32s h = x[0 * stride] * 32768;
+  const Orb32s h = x[0] * 32768;
   const Orb32s p = x2 * kSqrt2C2;
   const Orb32s q = x2 * kSqrt2S2;
-  o[0 * stride] = wrap16s(rounded<kDropped>(h + p + d));
-  o[7 * stride] = wrap16s(rounded<kDropped>(h + p - d));
-  o[1 * stride] = wrap16s(rounded<kDropped>(h + q + e));
-  o[6 * stride] = wrap16s(rounded<kDropped>(h + q - e));
-  o[2 * stride] = wrap16s(rounded<kDropped>(h - q + f));
-  o[5 * stride] = wrap16s(rounded<kDropped>(h - q - f));
-  o[3 * stride] = wrap16s(rounded<kDropped>(h - p + c));
-  o[4 * stride] = wrap16s(rounded<kDropped>(h - p - c));
+  o[0] = wrap16s(rounded<kDropped>(h + p + d));
+  o[7] = wrap16s(rounded<kDropped>(h + p - d));
+  o[1] = wrap16s(rounded<kDropped>(h + q + e));
+  o[6] = wrap16s(rounded<kDropped>(h + q - e));
+  o[2] = wrap16s(rounded<kDropped>(h - q + f));
+  o[5] = wrap16s(rounded<kDropped>(h - q - f));
+  o[3] = wrap16s(rounded<kDropped>(h - p + c));
+  o[4] = wrap16s(rounded<kDropped>(h - p - c));
 }
 
-// The mean of each half of orbIdct8's results. The even inputs but x[0] cancel out in it. The
-// factors have 16 bits of fraction; that of x[5] is one below the nearest.
+// The mean of each half of orbIdct8's row. The even inputs but the first cancel out in it. The
+// factors have 16 bits of fraction; that of the sixth is one below the nearest.
 template <int kDropped>
-inline void orbIdct8To2(const Orb16s* x, Orb16s* o, int stride) {
-  const Orb32s s = x[0 * stride] * 65536;
-  const Orb32s t =
-      x[1 * stride] * 59384 - x[3 * stride] * 20853 + x[5 * stride] * 13932 - x[7 * stride] * 11812;
-  o[0 * stride] = wrap16s(rounded<kDropped + 1>(s + t));
-  o[1 * stride] = wrap16s(rounded<kDropped + 1>(s - t));
+inline void orbIdct8To2(const Orb16s* x, Orb16s* o) {
+  const Orb32s s = x[0] * 65536;
+  const Orb32s t = x[8] * 59384 - x[24] * 20853 + x[40] * 13932 - x[56] * 11812;
+  o[0] = wrap16s(rounded<kDropped + 1>(s + t));
+  o[1] = wrap16s(rounded<kDropped + 1>(s - t));
 }
 
-// The mean of each pair of orbIdct8's results. x[4] cancels out in it.
+// The mean of each pair of orbIdct8's row. The fifth input cancels out in it.
 template <int kDropped>
-inline void orbIdct8To4(const Orb16s* x, Orb16s* o, int stride) {
-  const Orb32s x1 = x[1 * stride], x3 = x[3 * stride], x5 = x[5 * stride], x7 = x[7 * stride];
+inline void orbIdct8To4(const Orb16s* x, Orb16s* o) {
+  const Orb32s x1 = x[8], x3 = x[24], x5 = x[40], x7 = x[56];
   const Orb32s e = x1 * 41991 + x3 * 14745 - x5 * 9852 - x7 * 8352;
   const Orb32s f = x1 * 17393 - x3 * 35598 + x5 * 23786 - x7 * 3460;
-  const Orb32s g = x[2 * stride] * 30274 - x[6 * stride] * 12540;
-  const Orb32s h = x[0 * stride] * 32768;
-  o[0 * stride] = wrap16s(rounded<kDropped>(h + g + e));
-  o[3 * stride] = wrap16s(rounded<kDropped>(h + g - e));
-  o[1 * stride] = wrap16s(rounded<kDropped>(h - g + f));
-  o[2 * stride] = wrap16s(rounded<kDropped>(h - g - f));
+  const Orb32s g = x[16] * 30274 - x[48] * 12540;
+  const Orb32s h = x[0] * 32768;
+  o[0] = wrap16s(rounded<kDropped>(h + g + e));
+  o[3] = wrap16s(rounded<kDropped>(h + g - e));
+  o[1] = wrap16s(rounded<kDropped>(h - g + f));
+  o[2] = wrap16s(rounded<kDropped>(h - g - f));
 }
 
 // Source and destination may be the same block.
@@ -222,8 +225,14 @@ inline void orbDctQuantInv8x8(const Orb16s* src, Orb16s* dst, const Orb16u* tabl
   __builtin_memcpy(static_cast<void*>(dst), block, sizeof block);
 }
 
+// Stores a block of kSide rows of kSide values as samples.
+template <int kSide>
 inline void storeSamples(const Orb16s* block, Orb8u* dst, Orb32s dstStep) {
-  for (int y = 0; y < 8; ++y) orbAdd128Row(block + 8 * y, rowAt(dst, dstStep, y), 8);
+  Orb8u samples[kSide * kSide];
+  orbAdd128Row(block, samples, kSide * kSide);
+  for (int y = 0; y < kSide; ++y) {
+    __builtin_memcpy(rowAt(dst, dstStep, y), samples + kSide * y, kSide);
+  }
 }
 
 inline void orbDctQuantInv8x8Ls(const Orb16s* src, Orb8u* dst, Orb32s dstStep,
@@ -231,7 +240,7 @@ inline void orbDctQuantInv8x8Ls(const Orb16s* src, Orb8u* dst, Orb32s dstStep,
   alignas(32) Orb16s block[64];
   orbDequant(src, block, table);
   orbIdct8x8(block, block);
-  storeSamples(block, dst, dstStep);
+  storeSamples<8>(block, dst, dstStep);
 }
 
 // The table's entry counts as unsigned here, and the product is not limited.
@@ -244,47 +253,44 @@ inline void orbDctQuantInv8x8Ls1x1(const Orb16s* src, Orb8u* dst, Orb32s dstStep
 inline void orbDctQuantInv8x8Ls2x2(const Orb16s* src, Orb8u* dst, Orb32s dstStep,
                                    const Orb16u* table) {
   alignas(32) Orb16s block[64];
-  alignas(32) Orb16s columns[64];
+  alignas(32) Orb16s turned[2 * 8];
   orbDequant(src, block, table);
-  for (int x = 0; x < 2; ++x) orbIdct8From2<kFirstPass>(block + x, columns + x, 8);
-  for (int y = 0; y < 8; ++y) orbIdct8From2<kSecondPass>(columns + 8 * y, block + 8 * y, 1);
-  storeSamples(block, dst, dstStep);
+  for (int x = 0; x < 2; ++x) orbIdct8From2<kFirstPass>(block + x, turned + 8 * x);
+  for (int y = 0; y < 8; ++y) orbIdct8From2<kSecondPass>(turned + y, block + 8 * y);
+  storeSamples<8>(block, dst, dstStep);
 }
 
 inline void orbDctQuantInv8x8Ls4x4(const Orb16s* src, Orb8u* dst, Orb32s dstStep,
                                    const Orb16u* table) {
   alignas(32) Orb16s block[64];
-  alignas(32) Orb16s columns[64];
+  alignas(32) Orb16s turned[64];
   orbDequant(src, block, table);
-  for (int x = 0; x < 4; ++x) orbIdct8From4<kFirstPass>(block + x, columns + x, 8);
-  for (int y = 0; y < 8; ++y) orbIdct8From4<kSecondPass>(columns + 8 * y, block + 8 * y, 1);
-  storeSamples(block, dst, dstStep);
+  // Four columns are used, and eight are what a vector holds: fewer take the compiler longer.
+  for (int x = 0; x < 8; ++x) orbIdct8From4<kFirstPass>(block + x, turned + 8 * x);
+  for (int y = 0; y < 8; ++y) orbIdct8From4<kSecondPass>(turned + y, block + 8 * y);
+  storeSamples<8>(block, dst, dstStep);
 }
 
 inline void orbDctQuantInv8x8To2x2Ls(const Orb16s* src, Orb8u* dst, Orb32s dstStep,
                                      const Orb16u* table) {
   alignas(32) Orb16s block[64];
-  Orb16s columns[2 * 8];
+  alignas(32) Orb16s turned[64];
   orbDequant(src, block, table);
-  for (int x = 0; x < 8; ++x) orbIdct8To2<kFirstPass>(block + x, columns + x, 8);
-  for (int y = 0; y < 2; ++y) {
-    Orb16s row[2];
-    orbIdct8To2<kSecondPass>(columns + 8 * y, row, 1);
-    orbAdd128Row(row, rowAt(dst, dstStep, y), 2);
-  }
+  for (int x = 0; x < 8; ++x) orbIdct8To2<kFirstPass>(block + x, turned + 8 * x);
+  for (int y = 0; y < 2; ++y) orbIdct8To2<kSecondPass>(turned + y, block + 2 * y);
+  storeSamples<2>(block, dst, dstStep);
 }
 
 inline void orbDctQuantInv8x8To4x4Ls(const Orb16s* src, Orb8u* dst, Orb32s dstStep,
                                      const Orb16u* table) {
   alignas(32) Orb16s block[64];
-  alignas(32) Orb16s columns[4 * 8];
+  alignas(32) Orb16s turned[64];
   orbDequant(src, block, table);
-  for (int x = 0; x < 8; ++x) orbIdct8To4<kFirstPass>(block + x, columns + x, 8);
-  for (int y = 0; y < 4; ++y) {
-    Orb16s row[4];
-    orbIdct8To4<kSecondPass>(columns + 8 * y, row, 1);
-    orbAdd128Row(row, rowAt(dst, dstStep, y), 4);
-  }
+  for (int x = 0; x < 8; ++x) orbIdct8To4<kFirstPass>(block + x, turned + 8 * x);
+    // Vectors of four words would cost more than they save.
+#pragma GCC unroll 4
+  for (int y = 0; y < 4; ++y) orbIdct8To4<kSecondPass>(turned + y, block + 4 * y);
+  storeSamples<4>(block, dst, dstStep);
 }
 
 }  // namespace orb::ORB_BUILD::plain

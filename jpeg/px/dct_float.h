@@ -48,12 +48,12 @@ inline void orbFdct8f(const Orb32f* x, Orb32f* o, int stride) {
   o[5 * stride] = h * kS3f + f * kC3f;
 }
 
-// One row or column of the inverse transform, times the square root of 8.
-inline void orbIdct8f(const Orb32f* x, Orb32f* o, int stride) {
-  const Orb32f a = x[3 * stride] * kC3f + x[5 * stride] * kS3f;
-  const Orb32f b = x[5 * stride] * kC3f - x[3 * stride] * kS3f;
-  const Orb32f c = x[1 * stride] * kC1f + x[7 * stride] * kS1f;
-  const Orb32f d = x[1 * stride] * kS1f - x[7 * stride] * kC1f;
+// One column of the inverse transform, into a row, times the square root of 8.
+inline void orbIdct8f(const Orb32f* x, Orb32f* o) {
+  const Orb32f a = x[24] * kC3f + x[40] * kS3f;
+  const Orb32f b = x[40] * kC3f - x[24] * kS3f;
+  const Orb32f c = x[8] * kC1f + x[56] * kS1f;
+  const Orb32f d = x[8] * kS1f - x[56] * kC1f;
   const Orb32f e = d - b;
   const Orb32f f = c - a;
   const Orb32f g = f + e;
@@ -61,22 +61,22 @@ inline void orbIdct8f(const Orb32f* x, Orb32f* o, int stride) {
   const Orb32f outer = (a + c) * kSqrt2f;
   const Orb32f inner = (b + d) * kSqrt2f;
 
-  const Orb32f p = x[0 * stride] + x[4 * stride];
-  const Orb32f q = x[0 * stride] - x[4 * stride];
-  const Orb32f i = x[2 * stride] * kSqrt2C2f + x[6 * stride] * kSqrt2S2f;
-  const Orb32f j = x[2 * stride] * kSqrt2S2f - x[6 * stride] * kSqrt2C2f;
+  const Orb32f p = x[0] + x[32];
+  const Orb32f q = x[0] - x[32];
+  const Orb32f i = x[16] * kSqrt2C2f + x[48] * kSqrt2S2f;
+  const Orb32f j = x[16] * kSqrt2S2f - x[48] * kSqrt2C2f;
   const Orb32f e0 = p + i;
   const Orb32f e3 = p - i;
   const Orb32f e1 = q + j;
   const Orb32f e2 = q - j;
-  o[0 * stride] = e0 + outer;
-  o[7 * stride] = e0 - outer;
-  o[1 * stride] = e1 + g;
-  o[6 * stride] = e1 - g;
-  o[2 * stride] = e2 + h;
-  o[5 * stride] = e2 - h;
-  o[3 * stride] = e3 + inner;
-  o[4 * stride] = e3 - inner;
+  o[0] = e0 + outer;
+  o[7] = e0 - outer;
+  o[1] = e1 + g;
+  o[6] = e1 - g;
+  o[2] = e2 + h;
+  o[5] = e2 - h;
+  o[3] = e3 + inner;
+  o[4] = e3 - inner;
 }
 
 // Eight times the transforms of ITU-T T.81 A.3.3.
@@ -86,9 +86,9 @@ inline void orbFdct8x8f(const Orb32f* src, Orb32f* dst) {
   for (int x = 0; x < 8; ++x) orbFdct8f(rows + x, dst + x, 8);
 }
 inline void orbIdct8x8f(const Orb32f* src, Orb32f* dst) {
-  alignas(32) Orb32f columns[64];
-  for (int x = 0; x < 8; ++x) orbIdct8f(src + x, columns + x, 8);
-  for (int y = 0; y < 8; ++y) orbIdct8f(columns + 8 * y, dst + 8 * y, 1);
+  alignas(32) Orb32f turned[64];
+  for (int x = 0; x < 8; ++x) orbIdct8f(src + x, turned + 8 * x);
+  for (int y = 0; y < 8; ++y) orbIdct8f(turned + y, dst + 8 * y);
 }
 
 inline void orbDctQuantFwd8x8Ls(const Orb16u* src, Orb32s srcStep, Orb16s* dst,
