@@ -13,7 +13,9 @@
 
 namespace orb::ORB_BUILD::plain {
 
-// The bits that a pass drops from its sums of products in 1.12 (forward) or 1.15.
+// The bits that a pass drops from its sums, which have 15 bits of fraction more than its inputs.
+// The first leaves three of them; the second drops all, and three more for the scale of both
+// passes.
 constexpr int kFirstPass = 12;
 constexpr int kSecondPass = 21;
 
@@ -265,7 +267,7 @@ inline void orbDctQuantInv8x8Ls4x4(const Orb16s* src, Orb8u* dst, Orb32s dstStep
   alignas(32) Orb16s block[64];
   alignas(32) Orb16s turned[64];
   orbDequant(src, block, table);
-  // Four columns are used, and eight are what a vector holds: fewer take the compiler longer.
+  // The last four columns are not used, but make whole vectors.
   for (int x = 0; x < 8; ++x) orbIdct8From4<kFirstPass>(block + x, turned + 8 * x);
   for (int y = 0; y < 8; ++y) orbIdct8From4<kSecondPass>(turned + y, block + 8 * y);
   storeSamples<8>(block, dst, dstStep);
