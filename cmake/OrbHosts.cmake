@@ -1,10 +1,16 @@
-# Whether the program orb can be built here. A library for another target does not count, so libpng
-# is linked on trial.
+# Whether the program orb can be built here, and whether it gets PNG: a libpng for another target does
+# not count, so it is linked on trial.
 include(CheckCXXSourceCompiles)
 
 find_package(CLI11 QUIET)
+option(ORB_HOSTS "Build the program orb (CLI11, libpng)" ${CLI11_FOUND})
+if(NOT ORB_HOSTS)
+  message(STATUS "orb is not built: it needs CLI11 (Debian: libcli11-dev)")
+  return()
+endif()
+
 find_package(PNG QUIET)
-if(CLI11_FOUND AND PNG_FOUND)
+if(PNG_FOUND)
   set(CMAKE_REQUIRED_LIBRARIES PNG::PNG)
   set(CMAKE_REQUIRED_QUIET ON)
   check_cxx_source_compiles(
@@ -12,10 +18,6 @@ if(CLI11_FOUND AND PNG_FOUND)
   unset(CMAKE_REQUIRED_LIBRARIES)
   unset(CMAKE_REQUIRED_QUIET)
 endif()
-if(ORB_PNG_LINKS)
-  set(ORB_HOSTS_DEFAULT ON)
-else()
-  set(ORB_HOSTS_DEFAULT OFF)
-  message(STATUS "orb is not built: it needs CLI11 and libpng (Debian: libcli11-dev, libpng-dev)")
+if(NOT ORB_PNG_LINKS)
+  message(STATUS "orb is built without PNG: there is no libpng for this target (Debian: libpng-dev)")
 endif()
-option(ORB_HOSTS "Build the program orb (CLI11, libpng)" ${ORB_HOSTS_DEFAULT})
