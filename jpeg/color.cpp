@@ -1,10 +1,14 @@
 // JPEG colour conversion: argument checks, then one call into a kernel for each row.
 #include "jpeg/px/color.h"
 
+#if ORB_SIMD
+#include "jpeg/simd/color.h"
+#endif
+
 namespace orb::ORB_BUILD {
 
-using kernel::TableForward;
-using kernel::TableInverse;
+using kernel::ForwardA;
+using kernel::InverseA;
 
 // ---- The images that arguments make. A null array of planes or steps makes null planes.
 
@@ -130,15 +134,15 @@ static OrbStatus evenSizeStatus(OrbiSize roiSize) {
 }
 
 // One chroma sample for two pixels of kRows rows. An odd last column or row is left out.
-template <class ConversionOfGroups, Orb32s kRows, class Source>
+template <class ChromaForward, Orb32s kRows, class Source>
 static void convertSubsampled(const Source& src, const YccPlanes& dst, OrbiSize roiSize) {
   const LumaImage luma = {dst.plane[0], dst.step[0]};
   const OrbiSize groups = {roiSize.width / 2, roiSize.height / kRows};
   for (Orb32s y = 0; y < groups.height; ++y) {
     const OrbiSize lumaSize = {groups.width * 2, kRows};
-    convertImage<InlineForwardPixel>(src.at(0, y * kRows), luma.at(0, y * kRows), lumaSize);
-    kernel::orbConvertRow<ConversionOfGroups>(GroupSumsImage<Source, kRows>{src}.at(0, y),
-                                              ChromaImage{dst}.at(0, y), groups.width);
+    convertImage<LumaForward>(src.at(0, y * kRows), luma.at(0, y * kRows), lumaSize);
+    kernel::orbConvertRow<ChromaForward>(GroupSumsImage<Source, kRows>{src}.at(0, y),
+                                         ChromaImage{dst}.at(0, y), groups.width);
   }
 }
 
@@ -146,7 +150,7 @@ template <class Source>
 static OrbStatus convertTo422(const Source& src, const YccPlanes& dst, OrbiSize roiSize) {
   const OrbStatus status = checkPairs(src, dst, roiSize);
   if (status != orbStsNoErr) return status;
-  convertSubsampled<InlineForwardPair, 1>(src, dst, roiSize);
+  convertSubsampled<ChromaForwardOfPair, 1>(src, dst, roiSize);
   return evenWidthStatus(roiSize);
 }
 
@@ -154,7 +158,7 @@ template <class Source>
 static OrbStatus convertTo420(const Source& src, const YccPlanes& dst, OrbiSize roiSize) {
   const OrbStatus status = checkPairs(src, dst, roiSize);
   if (status != orbStsNoErr) return status;
-  convertSubsampled<InlineForwardGroup, 2>(src, dst, roiSize);
+  convertSubsampled<ChromaForwardOfGroup, 2>(src, dst, roiSize);
   return evenSizeStatus(roiSize);
 }
 
@@ -172,7 +176,7 @@ static OrbStatus convertFrom422(const ConstYccPlanes& src, const Destination& ds
   const OrbStatus status = checkPairs(src, dst, roiSize);
   if (status != orbStsNoErr) return status;
   const OrbiSize pairs = {widthWithoutHalfPair(roiSize.width), roiSize.height};
-  convertImage<InlineInverse>(SharedChromaImage<1>{src}, dst, pairs);
+  convertImage<InverseB>(SharedChromaImage<1>{src}, dst, pairs);
   return evenWidthStatus(roiSize);
 }
 
@@ -182,7 +186,7 @@ static OrbStatus convertFrom420(const ConstYccPlanes& src, const Destination& ds
   const OrbStatus status = checkPairs(src, dst, roiSize);
   if (status != orbStsNoErr) return status;
   const OrbiSize groups = {widthOfPairs(roiSize.width), roiSize.height - roiSize.height % 2};
-  convertImage<InlineInverse>(SharedChromaImage<2>{src}, dst, groups);
+  convertImage<InverseB>(SharedChromaImage<2>{src}, dst, groups);
   return evenSizeStatus(roiSize);
 }
 
@@ -191,80 +195,73 @@ static OrbStatus convertFrom420(const ConstYccPlanes& src, const Destination& ds
 OrbStatus ORB_CALL orbiRGBToYCbCr_JPEG_8u_P3R(const Orb8u* const pSrc[3], Orb32s srcStep,
                                               Orb8u* const pDst[3], Orb32s dstStep,
                                               OrbiSize roiSize) {
-  return convertPixels<TableForward>(planes<Rgb, 3>(pSrc, srcStep), yccPlanes(pDst, dstStep),
-                                     roiSize);
+  return convertPixels<ForwardA>(planes<Rgb, 3>(pSrc, srcStep), yccPlanes(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiRGBToYCbCr_JPEG_8u_C3P3R(const Orb8u* pSrc, Orb32s srcStep,
                                                 Orb8u* const pDst[3], Orb32s dstStep,
                                                 OrbiSize roiSize) {
-  return convertPixels<TableForward>(rgb<3>(pSrc, srcStep), yccPlanes(pDst, dstStep), roiSize);
+  return convertPixels<ForwardA>(rgb<3>(pSrc, srcStep), yccPlanes(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiBGRToYCbCr_JPEG_8u_C3P3R(const Orb8u* pSrc, Orb32s srcStep,
                                                 Orb8u* const pDst[3], Orb32s dstStep,
                                                 OrbiSize roiSize) {
-  return convertPixels<TableForward>(bgr<3>(pSrc, srcStep), yccPlanes(pDst, dstStep), roiSize);
+  return convertPixels<ForwardA>(bgr<3>(pSrc, srcStep), yccPlanes(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiRGBToYCbCr_JPEG_8u_C4P3R(const Orb8u* pSrc, Orb32s srcStep,
                                                 Orb8u* const pDst[3], Orb32s dstStep,
                                                 OrbiSize roiSize) {
-  return convertTwoOrMore<InlineForwardPixel>(rgb<4>(pSrc, srcStep), yccPlanes(pDst, dstStep),
-                                              roiSize);
+  return convertTwoOrMore<ForwardB>(rgb<4>(pSrc, srcStep), yccPlanes(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiBGRToYCbCr_JPEG_8u_C4P3R(const Orb8u* pSrc, Orb32s srcStep,
                                                 Orb8u* const pDst[3], Orb32s dstStep,
                                                 OrbiSize roiSize) {
-  return convertTwoOrMore<InlineForwardPixel>(bgr<4>(pSrc, srcStep), yccPlanes(pDst, dstStep),
-                                              roiSize);
+  return convertTwoOrMore<ForwardB>(bgr<4>(pSrc, srcStep), yccPlanes(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiRGB555ToYCbCr_JPEG_16u8u_C3P3R(const Orb16u* pSrc, Orb32s srcStep,
                                                       Orb8u* const pDst[3], Orb32s dstStep,
                                                       OrbiSize roiSize) {
-  return convertPixels<TableForward>(packedRgb<5>(pSrc, srcStep), yccPlanes(pDst, dstStep),
-                                     roiSize);
+  return convertPixels<ForwardA>(packedRgb<5>(pSrc, srcStep), yccPlanes(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiBGR555ToYCbCr_JPEG_16u8u_C3P3R(const Orb16u* pSrc, Orb32s srcStep,
                                                       Orb8u* const pDst[3], Orb32s dstStep,
                                                       OrbiSize roiSize) {
-  return convertPixels<TableForward>(packedBgr<5>(pSrc, srcStep), yccPlanes(pDst, dstStep),
-                                     roiSize);
+  return convertPixels<ForwardA>(packedBgr<5>(pSrc, srcStep), yccPlanes(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiRGB565ToYCbCr_JPEG_16u8u_C3P3R(const Orb16u* pSrc, Orb32s srcStep,
                                                       Orb8u* const pDst[3], Orb32s dstStep,
                                                       OrbiSize roiSize) {
-  return convertPixels<TableForward>(packedRgb<6>(pSrc, srcStep), yccPlanes(pDst, dstStep),
-                                     roiSize);
+  return convertPixels<ForwardA>(packedRgb<6>(pSrc, srcStep), yccPlanes(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiBGR565ToYCbCr_JPEG_16u8u_C3P3R(const Orb16u* pSrc, Orb32s srcStep,
                                                       Orb8u* const pDst[3], Orb32s dstStep,
                                                       OrbiSize roiSize) {
-  return convertPixels<TableForward>(packedBgr<6>(pSrc, srcStep), yccPlanes(pDst, dstStep),
-                                     roiSize);
+  return convertPixels<ForwardA>(packedBgr<6>(pSrc, srcStep), yccPlanes(pDst, dstStep), roiSize);
 }
 
 // ---- RGB to Y
 
 OrbStatus ORB_CALL orbiRGBToY_JPEG_8u_P3C1R(const Orb8u* const pSrc[3], Orb32s srcStep, Orb8u* pDst,
                                             Orb32s dstStep, OrbiSize roiSize) {
-  return convertPixels<TableForward>(planes<Rgb, 3>(pSrc, srcStep), LumaImage{pDst, dstStep},
-                                     roiSize);
+  return convertPixels<LumaForward>(planes<Rgb, 3>(pSrc, srcStep), LumaImage{pDst, dstStep},
+                                    roiSize);
 }
 
 OrbStatus ORB_CALL orbiRGBToY_JPEG_8u_C3C1R(const Orb8u* pSrc, Orb32s srcStep, Orb8u* pDst,
                                             Orb32s dstStep, OrbiSize roiSize) {
-  return convertPixels<TableForward>(rgb<3>(pSrc, srcStep), LumaImage{pDst, dstStep}, roiSize);
+  return convertPixels<LumaForward>(rgb<3>(pSrc, srcStep), LumaImage{pDst, dstStep}, roiSize);
 }
 
 OrbStatus ORB_CALL orbiBGRToY_JPEG_8u_C3C1R(const Orb8u* pSrc, Orb32s srcStep, Orb8u* pDst,
                                             Orb32s dstStep, OrbiSize roiSize) {
-  return convertPixels<TableForward>(bgr<3>(pSrc, srcStep), LumaImage{pDst, dstStep}, roiSize);
+  return convertPixels<LumaForward>(bgr<3>(pSrc, srcStep), LumaImage{pDst, dstStep}, roiSize);
 }
 
 // ---- RGB to YCbCr, one chroma sample for two pixels of a row
@@ -324,60 +321,55 @@ OrbStatus ORB_CALL orbiBGRToYCbCr411_JPEG_8u_C4P3R(const Orb8u* pSrc, Orb32s src
 OrbStatus ORB_CALL orbiYCbCrToRGB_JPEG_8u_P3R(const Orb8u* const pSrc[3], Orb32s srcStep,
                                               Orb8u* const pDst[3], Orb32s dstStep,
                                               OrbiSize roiSize) {
-  return convertPixels<TableInverse>(yccPlanes(pSrc, srcStep), planes<Rgb, 3>(pDst, dstStep),
-                                     roiSize);
+  return convertPixels<InverseA>(yccPlanes(pSrc, srcStep), planes<Rgb, 3>(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiYCbCrToRGB_JPEG_8u_P3C3R(const Orb8u* const pSrc[3], Orb32s srcStep,
                                                 Orb8u* pDst, Orb32s dstStep, OrbiSize roiSize) {
-  return convertPixels<TableInverse>(yccPlanes(pSrc, srcStep), rgb<3>(pDst, dstStep), roiSize);
+  return convertPixels<InverseA>(yccPlanes(pSrc, srcStep), rgb<3>(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiYCbCrToBGR_JPEG_8u_P3C3R(const Orb8u* const pSrc[3], Orb32s srcStep,
                                                 Orb8u* pDst, Orb32s dstStep, OrbiSize roiSize) {
-  return convertPixels<TableInverse>(yccPlanes(pSrc, srcStep), bgr<3>(pDst, dstStep), roiSize);
+  return convertPixels<InverseA>(yccPlanes(pSrc, srcStep), bgr<3>(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiYCbCrToRGB_JPEG_8u_P3C4R(const Orb8u* const pSrc[3], Orb32s srcStep,
                                                 Orb8u* pDst, Orb32s dstStep, OrbiSize roiSize,
                                                 Orb8u aval) {
-  return convertTwoOrMore<InlineInverse>(yccPlanes(pSrc, srcStep), rgbAlpha(pDst, dstStep, aval),
-                                         roiSize);
+  return convertTwoOrMore<InverseB>(yccPlanes(pSrc, srcStep), rgbAlpha(pDst, dstStep, aval),
+                                    roiSize);
 }
 
 OrbStatus ORB_CALL orbiYCbCrToBGR_JPEG_8u_P3C4R(const Orb8u* const pSrc[3], Orb32s srcStep,
                                                 Orb8u* pDst, Orb32s dstStep, OrbiSize roiSize,
                                                 Orb8u aval) {
-  return convertTwoOrMore<InlineInverse>(yccPlanes(pSrc, srcStep), bgrAlpha(pDst, dstStep, aval),
-                                         roiSize);
+  return convertTwoOrMore<InverseB>(yccPlanes(pSrc, srcStep), bgrAlpha(pDst, dstStep, aval),
+                                    roiSize);
 }
 
 OrbStatus ORB_CALL orbiYCbCrToRGB555_JPEG_8u16u_P3C3R(const Orb8u* const pSrc[3], Orb32s srcStep,
                                                       Orb16u* pDst, Orb32s dstStep,
                                                       OrbiSize roiSize) {
-  return convertPixels<TableInverse>(yccPlanes(pSrc, srcStep), packedRgb<5>(pDst, dstStep),
-                                     roiSize);
+  return convertPixels<InverseA>(yccPlanes(pSrc, srcStep), packedRgb<5>(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiYCbCrToBGR555_JPEG_8u16u_P3C3R(const Orb8u* const pSrc[3], Orb32s srcStep,
                                                       Orb16u* pDst, Orb32s dstStep,
                                                       OrbiSize roiSize) {
-  return convertPixels<TableInverse>(yccPlanes(pSrc, srcStep), packedBgr<5>(pDst, dstStep),
-                                     roiSize);
+  return convertPixels<InverseA>(yccPlanes(pSrc, srcStep), packedBgr<5>(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiYCbCrToRGB565_JPEG_8u16u_P3C3R(const Orb8u* const pSrc[3], Orb32s srcStep,
                                                       Orb16u* pDst, Orb32s dstStep,
                                                       OrbiSize roiSize) {
-  return convertPixels<TableInverse>(yccPlanes(pSrc, srcStep), packedRgb<6>(pDst, dstStep),
-                                     roiSize);
+  return convertPixels<InverseA>(yccPlanes(pSrc, srcStep), packedRgb<6>(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiYCbCrToBGR565_JPEG_8u16u_P3C3R(const Orb8u* const pSrc[3], Orb32s srcStep,
                                                       Orb16u* pDst, Orb32s dstStep,
                                                       OrbiSize roiSize) {
-  return convertPixels<TableInverse>(yccPlanes(pSrc, srcStep), packedBgr<6>(pDst, dstStep),
-                                     roiSize);
+  return convertPixels<InverseA>(yccPlanes(pSrc, srcStep), packedBgr<6>(pDst, dstStep), roiSize);
 }
 
 // ---- YCbCr to RGB, one chroma sample for two pixels of a row
@@ -413,7 +405,7 @@ OrbStatus ORB_CALL orbiYCbCr422ToRGB_JPEG_8u_C2C3R(const Orb8u* pSrc, Orb32s src
   const OrbStatus status = checkPairs(src, dst, roiSize, 2);
   if (status != orbStsNoErr) return status;
   const OrbiSize pairs = {widthWithWholePair(roiSize.width), roiSize.height};
-  convertImage<TableInverse>(src, dst, pairs);
+  convertImage<InverseA>(src, dst, pairs);
   return orbStsNoErr;
 }
 
@@ -452,28 +444,28 @@ OrbStatus ORB_CALL orbiYCbCr411ToBGR_JPEG_8u_P3C4R(const Orb8u* const pSrc[3],
 OrbStatus ORB_CALL orbiCMYKToYCCK_JPEG_8u_C4P4R(const Orb8u* pSrc, Orb32s srcStep,
                                                 Orb8u* const pDst[4], Orb32s dstStep,
                                                 OrbiSize roiSize) {
-  return convertWithBlack<ComplementForward<TableForward>>(
-      rgb<4>(pSrc, srcStep), planes<YCbCr, 4>(pDst, dstStep), roiSize);
+  return convertWithBlack<ComplementForward<ForwardA>>(rgb<4>(pSrc, srcStep),
+                                                       planes<YCbCr, 4>(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiCMYKToYCCK_JPEG_8u_P4R(const Orb8u* const pSrc[4], Orb32s srcStep,
                                               Orb8u* const pDst[4], Orb32s dstStep,
                                               OrbiSize roiSize) {
-  return convertWithBlack<ComplementForward<TableForward>>(
-      planes<Rgb, 4>(pSrc, srcStep), planes<YCbCr, 4>(pDst, dstStep), roiSize);
+  return convertWithBlack<ComplementForward<ForwardA>>(planes<Rgb, 4>(pSrc, srcStep),
+                                                       planes<YCbCr, 4>(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiYCCKToCMYK_JPEG_8u_P4C4R(const Orb8u* const pSrc[4], Orb32s srcStep,
                                                 Orb8u* pDst, Orb32s dstStep, OrbiSize roiSize) {
-  return convertWithBlack<ComplementInverse<TableInverse>>(planes<YCbCr, 4>(pSrc, srcStep),
-                                                           rgb<4>(pDst, dstStep), roiSize);
+  return convertWithBlack<ComplementInverse<InverseA>>(planes<YCbCr, 4>(pSrc, srcStep),
+                                                       rgb<4>(pDst, dstStep), roiSize);
 }
 
 OrbStatus ORB_CALL orbiYCCKToCMYK_JPEG_8u_P4R(const Orb8u* const pSrc[4], Orb32s srcStep,
                                               Orb8u* const pDst[4], Orb32s dstStep,
                                               OrbiSize roiSize) {
-  return convertWithBlack<ComplementInverse<TableInverse>>(planes<YCbCr, 4>(pSrc, srcStep),
-                                                           planes<Rgb, 4>(pDst, dstStep), roiSize);
+  return convertWithBlack<ComplementInverse<InverseA>>(planes<YCbCr, 4>(pSrc, srcStep),
+                                                       planes<Rgb, 4>(pDst, dstStep), roiSize);
 }
 
 }  // namespace orb::ORB_BUILD

@@ -66,9 +66,10 @@ struct AlphaImage {
     return {rowAt(first, step, y) + x * 4, step, alpha};
   }
   void write(ptrdiff_t x, Rgb value) const {
-    const InterleavedImage<Orb8u, kOrder, 4> image = {first, step};
-    image.write(x, value);
-    image.fourth(x) = alpha;
+    const Orb32s low = kOrder == Order::rgb ? value.r : value.b;
+    const Orb32s high = kOrder == Order::rgb ? value.b : value.r;
+    const Orb32u word = static_cast<Orb32u>(low | value.g << 8 | high << 16 | alpha << 24);
+    store(reinterpret_cast<Orb32u*>(first + x * 4), word);
   }
 
   bool anyNull() const { return !first; }
@@ -203,11 +204,12 @@ struct GroupSumsImage {
 
 // ---- Arithmetic
 //
-// There are two arithmetics in each direction, which differ by one here and there.
+// There are two in each direction, A and B, whose results differ by one here and there. Their
+// equations stand in the public header. Those of A are sums of products from tables here.
 
 namespace plain {
 
-struct TableForward {
+struct ForwardA {
   static YCbCr convert(Rgb p) {
     const auto& t = orbRgbToYccTables;
     return {(t[orbRedToY][p.r] + t[orbGreenToY][p.g] + t[orbBlueToY][p.b]) >> 16,
@@ -216,7 +218,7 @@ struct TableForward {
   }
 };
 
-struct TableInverse {
+struct InverseA {
   static Rgb convert(YCbCr p) {
     return {saturate8u(p.y + orbCrToR[p.cr]),
             saturate8u(p.y + ((orbCbToG[p.cb] + orbCrToG[p.cr]) >> 16)),
@@ -226,28 +228,48 @@ struct TableInverse {
 
 }  // namespace plain
 
-// Of the mean of a pixel, a pair or a group of four, from its sum. Y is rounded to nearest, chroma
-// by a quarter in pixels and by an eighth in pairs and groups.
+struct LumaForward {
+  static YCbCr convert(Rgb p) {
+    return {(19595 * p.r + 38470 * p.g + 7471 * p.b + 32768) >> 16, 0, 0};
+  }
+};
+
+// Of the mean of one, two or four pixels, from their sum: kShift is 16, 17 or 18.
 template <int kShift, Orb32s kRounding>
-struct InlineForward {
+struct ChromaForward {
   static YCbCr convert(Rgb sum) {
     constexpr Orb32s kZero = (128 << kShift) + kRounding;
-    return {(19595 * sum.r + 38470 * sum.g + 7471 * sum.b + (1 << (kShift - 1))) >> kShift,
-            (32768 * sum.b - 21709 * sum.g - 11059 * sum.r + kZero) >> kShift,
+    return {0, (32768 * sum.b - 21709 * sum.g - 11059 * sum.r + kZero) >> kShift,
             (32768 * sum.r - 27439 * sum.g - 5329 * sum.b + kZero) >> kShift};
   }
 };
-using InlineForwardPixel = InlineForward<16, 1 << 14>;
-using InlineForwardPair = InlineForward<17, 1 << 14>;
-using InlineForwardGroup = InlineForward<18, 1 << 15>;
+using ChromaForwardOfPair = ChromaForward<17, 1 << 14>;
+using ChromaForwardOfGroup = ChromaForward<18, 1 << 15>;
 
-struct InlineInverse {
-  static Rgb convert(YCbCr p) {
-    return {saturate8u((65536 * p.y + 91880 * p.cr - 11727880) >> 16),
-            saturate8u((65536 * p.y - 22553 * p.cb - 46801 * p.cr + 8910128) >> 16),
-            saturate8u((65536 * p.y + 116128 * p.cb - 14831618) >> 16)};
+template <Orb32s kChromaRounding>
+struct ForwardOf {
+  static YCbCr convert(Rgb p) {
+    const YCbCr chroma = ChromaForward<16, kChromaRounding>::convert(p);
+    return {LumaForward::convert(p).y, chroma.cb, chroma.cr};
   }
 };
+using ForwardB = ForwardOf<1 << 14>;
+
+// From coefficients in 16.16 and rounding terms. Cr in red and Cb in blue count once and by the
+// rest of their coefficients, so that all factors fit in words.
+template <int kCrToRed, int kCbToGreen, int kCrToGreen, int kCbToBlue, int kRoundRed,
+          int kRoundGreen, int kRoundBlue>
+struct InverseOf {
+  static Rgb convert(YCbCr p) {
+    constexpr Orb32s kRed = kRoundRed - 128 * kCrToRed;
+    constexpr Orb32s kGreen = kRoundGreen + 128 * (kCbToGreen + kCrToGreen);
+    constexpr Orb32s kBlue = kRoundBlue - 128 * kCbToBlue;
+    return {saturate8u((65536 * (p.y + p.cr) + (kCrToRed - 65536) * p.cr + kRed) >> 16),
+            saturate8u((65536 * p.y - kCbToGreen * p.cb - kCrToGreen * p.cr + kGreen) >> 16),
+            saturate8u((65536 * (p.y + p.cb) + (kCbToBlue - 65536) * p.cb + kBlue) >> 16)};
+  }
+};
+using InverseB = InverseOf<91880, 22553, 46801, 116128, 32760, 32816, 32766>;
 
 // The first three of CMYK are the complements of red, green and blue.
 template <class Forward>
