@@ -19,13 +19,14 @@ using orbtest::Placement;
 using orbtest::Plane;
 using orbtest::Random;
 
-// ---- The equations, in real numbers
+// ---- The equations, by division
 
 // Three components, and black or what else is fourth.
 using Pixel = std::array<int, 4>;
 
-int floorOf(double value) {
-  return static_cast<int>(std::floor(value));
+// The whole part of a fraction, down for negative ones too.
+int floorOf(int64_t value, int64_t divisor) {
+  return static_cast<int>(value / divisor - (value % divisor < 0 ? 1 : 0));
 }
 int lowByte(int value) {
   return ((value % 256) + 256) % 256;
@@ -34,19 +35,19 @@ int limited(int value) {
   return std::clamp(value, 0, 255);
 }
 
-int luma(double r, double g, double b) {
-  return floorOf((19595 * r + 38470 * g + 7471 * b + 32768) / 65536);
+int luma(int r, int g, int b) {
+  return floorOf(19595 * r + 38470 * g + 7471 * b + 32768, 65536);
 }
 Pixel forwardA(Pixel p) {
-  const double r = p[0], g = p[1], b = p[2];
-  return {luma(r, g, b), floorOf((-11059 * r - 21709 * g + 32768 * b + 8421375) / 65536),
-          floorOf((32768 * r - 27439 * g - 5329 * b + 8421375) / 65536), p[3]};
+  const auto [r, g, b, fourth] = p;
+  return {luma(r, g, b), floorOf(-11059 * r - 21709 * g + 32768 * b + 8421375, 65536),
+          floorOf(32768 * r - 27439 * g - 5329 * b + 8421375, 65536), fourth};
 }
 // Chroma of B from the sum of some pixels: a negative constant, and the low byte of what comes out.
-Pixel chromaB(Pixel sum, double constant, double divisor) {
-  const double r = sum[0], g = sum[1], b = sum[2];
-  return {0, lowByte(floorOf((32768 * b - 21709 * g - 11059 * r - constant) / divisor)),
-          lowByte(floorOf((32768 * r - 5329 * b - 27439 * g - constant) / divisor)), 0};
+Pixel chromaB(Pixel sum, int64_t constant, int64_t divisor) {
+  const auto [r, g, b, fourth] = sum;
+  return {0, lowByte(floorOf(32768 * b - 21709 * g - 11059 * r - constant, divisor)),
+          lowByte(floorOf(32768 * r - 5329 * b - 27439 * g - constant, divisor)), 0};
 }
 Pixel forwardB(Pixel p) {
   const Pixel chroma = chromaB(p, 8372224, 65536);
@@ -54,17 +55,17 @@ Pixel forwardB(Pixel p) {
 }
 
 Pixel inverseA(Pixel p) {
-  const double cb = p[1] - 128, cr = p[2] - 128;
-  return {limited(p[0] + floorOf((91881 * cr + 32768) / 65536)),
-          limited(p[0] + floorOf((-22554 * cb + 32768 - 46802 * cr) / 65536)),
-          limited(p[0] + floorOf((116130 * cb + 32768) / 65536)), p[3]};
+  const int cb = p[1] - 128, cr = p[2] - 128;
+  return {limited(p[0] + floorOf(91881 * cr + 32768, 65536)),
+          limited(p[0] + floorOf(-22554 * cb + 32768 - 46802 * cr, 65536)),
+          limited(p[0] + floorOf(116130 * cb + 32768, 65536)), p[3]};
 }
 Pixel inverseB(Pixel p) {
-  const double y = p[0], cb = p[1], cr = p[2];
-  const auto cut = [](double sum) { return static_cast<int16_t>(floorOf(sum / 65536)); };
+  const auto [y, cb, cr, fourth] = p;
+  const auto cut = [](int64_t sum) { return static_cast<int16_t>(floorOf(sum, 65536)); };
   return {limited(cut(65536 * y + 91880 * cr - 11727880)),
           limited(cut(65536 * y - 22553 * cb - 46801 * cr + 8910128)),
-          limited(cut(65536 * y + 116128 * cb - 14831618)), p[3]};
+          limited(cut(65536 * y + 116128 * cb - 14831618)), fourth};
 }
 
 Pixel complement(Pixel p) {
