@@ -134,15 +134,15 @@ static OrbStatus evenSizeStatus(OrbiSize roiSize) {
 }
 
 // One chroma sample for two pixels of kRows rows. An odd last column or row is left out.
-template <class ChromaForward, Orb32s kRows, class Source>
+template <class ChromaOfGroups, Orb32s kRows, class Source>
 static void convertSubsampled(const Source& src, const YccPlanes& dst, OrbiSize roiSize) {
   const LumaImage luma = {dst.plane[0], dst.step[0]};
   const OrbiSize groups = {roiSize.width / 2, roiSize.height / kRows};
   for (Orb32s y = 0; y < groups.height; ++y) {
     const OrbiSize lumaSize = {groups.width * 2, kRows};
     convertImage<LumaForward>(src.at(0, y * kRows), luma.at(0, y * kRows), lumaSize);
-    kernel::orbConvertRow<ChromaForward>(GroupSumsImage<Source, kRows>{src}.at(0, y),
-                                         ChromaImage{dst}.at(0, y), groups.width);
+    kernel::orbConvertRow<ChromaOfGroups>(GroupSumsImage<Source, kRows>{src}.at(0, y),
+                                          ChromaImage{dst}.at(0, y), groups.width);
   }
 }
 
