@@ -18,19 +18,14 @@ namespace orbhost::jpeg {
 enum Marker : int {
   kSof0 = 0xC0,  // baseline
   kSof1 = 0xC1,  // extended sequential
-  kSof2 = 0xC2,  // progressive
-  kSof3 = 0xC3,  // lossless
   kDht = 0xC4,
-  kSof9 = 0xC9,  // extended sequential, arithmetic coding
   kSof15 = 0xCF,
-  kDac = 0xCC,
   kRst0 = 0xD0,
   kRst7 = 0xD7,
   kSoi = 0xD8,
   kEoi = 0xD9,
   kSos = 0xDA,
   kDqt = 0xDB,
-  kDnl = 0xDC,
   kDri = 0xDD,
   kDhp = 0xDE,
   kApp0 = 0xE0,

@@ -34,10 +34,16 @@ using orbtest::runOrb;
 
 using Names = std::vector<std::string>;
 
-// Fails with one line that says why.
+// Fails and says why.
 void expectFailure(const Outcome& outcome, const std::string& why) {
   EXPECT_EQ(outcome.status, 1) << outcome.output;
   EXPECT_NE(outcome.output.find(why), std::string::npos) << outcome.output;
+}
+// Of a file: in a line of its own, and in no other.
+void expectFileFailure(const Outcome& outcome, const std::string& why) {
+  expectFailure(outcome, why);
+  EXPECT_EQ(outcome.output.rfind("orb: ", 0), 0u) << outcome.output;
+  EXPECT_EQ(outcome.output.find('\n'), outcome.output.size() - 1) << outcome.output;
 }
 
 TEST(Program, EncodesAndDecodes) {
@@ -143,13 +149,13 @@ TEST(Program, BadFilesLeaveNothingBehind) {
     writeFile(in, bytes);
     return runOrb({"jpeg", "decode", in, out});
   };
-  expectFailure(decode({}), "in: the file is empty");
-  expectFailure(decode({'n', 'o', 'n', 'e'}), "in: not a JPEG file");
+  expectFileFailure(decode({}), "in: the file is empty");
+  expectFileFailure(decode({'n', 'o', 'n', 'e'}), "in: not a JPEG file");
   for (size_t size = 1; size < file.size(); size += 97) {
-    expectFailure(decode(Bytes(file.begin(), file.begin() + static_cast<long>(size))), "in: ");
+    expectFileFailure(decode(Bytes(file.begin(), file.begin() + static_cast<long>(size))), "in: ");
   }
   Bytes progressive = orbtest::cjpeg(draw(Motif::kScene, 60, 40, 3), {"-progressive"});
-  expectFailure(decode(progressive), "progressive JPEG is not supported");
+  expectFileFailure(decode(progressive), "progressive JPEG is not supported");
   EXPECT_EQ(directory.files(), Names{"in"});
 
   for (size_t i = 2; i < file.size(); i += 41) {
@@ -170,19 +176,20 @@ TEST(Program, BadPlacesLeaveNothingBehind) {
   writeFile(in, formatImage(grey, ImageFormat::kPgm));
   writeFile(jpg, encodeJpeg(draw(Motif::kScene, 20, 30, 3), {}));
   mkdir((directory / "place.png").c_str(), 0777);
-  expectFailure(runOrb({"jpeg", "encode", directory / "none.png", directory / "a.jpg"}),
-                "none.png: cannot be opened");
-  expectFailure(runOrb({"jpeg", "encode", directory.path(), directory / "a.jpg"}),
-                "is a directory");
-  expectFailure(runOrb({"jpeg", "decode", directory.path(), directory / "a.png"}),
-                "is a directory");
-  expectFailure(runOrb({"jpeg", "decode", jpg, directory / "place.png"}), "is a directory");
-  expectFailure(runOrb({"jpeg", "encode", in, directory / "no/where.jpg"}), "cannot be created");
-  expectFailure(runOrb({"jpeg", "decode", jpg, directory / "a.gif"}),
-                "a.gif: a picture is written");
-  expectFailure(runOrb({"jpeg", "decode", jpg, directory / "a.pgm"}), "does not fit a .pgm");
-  expectFailure(runOrb({"jpeg", "decode", jpg, "/proc/orb.png"}),
-                "/proc/orb.png: cannot be created");
+  expectFileFailure(runOrb({"jpeg", "encode", directory / "none.png", directory / "a.jpg"}),
+                    "none.png: cannot be opened");
+  expectFileFailure(runOrb({"jpeg", "encode", directory.path(), directory / "a.jpg"}),
+                    "is a directory");
+  expectFileFailure(runOrb({"jpeg", "decode", directory.path(), directory / "a.png"}),
+                    "is a directory");
+  expectFileFailure(runOrb({"jpeg", "decode", jpg, directory / "place.png"}), "is a directory");
+  expectFileFailure(runOrb({"jpeg", "encode", in, directory / "no/where.jpg"}),
+                    "cannot be created");
+  expectFileFailure(runOrb({"jpeg", "decode", jpg, directory / "a.gif"}),
+                    "a.gif: a picture is written");
+  expectFileFailure(runOrb({"jpeg", "decode", jpg, directory / "a.pgm"}), "does not fit a .pgm");
+  expectFileFailure(runOrb({"jpeg", "decode", jpg, "/proc/orb.png"}),
+                    "/proc/orb.png: cannot be created");
   EXPECT_EQ(directory.files(), (Names{"in.jpg", "in.pgm", "place.png"}));
 }
 
@@ -191,7 +198,8 @@ TEST(Program, AnOldOutputStaysUntilTheNewOneIsThere) {
   const Bytes old = {'o', 'l', 'd'};
   writeFile(directory / "out.ppm", old);
   writeFile(directory / "in.jpg", Bytes{0xFF, 0xD8, 0xFF});
-  expectFailure(runOrb({"jpeg", "decode", directory / "in.jpg", directory / "out.ppm"}), "in.jpg");
+  expectFileFailure(runOrb({"jpeg", "decode", directory / "in.jpg", directory / "out.ppm"}),
+                    "in.jpg");
   EXPECT_EQ(readFile(directory / "out.ppm"), old);
 
   // Through a link to the file behind it, and into the input itself.

@@ -1,12 +1,13 @@
 #include "tests/hosts/support/program.h"
 
-#include <fcntl.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 
@@ -35,22 +36,29 @@ std::vector<std::string> Directory::files() const {
 }
 
 Outcome run(const std::vector<std::string>& command) {
+  std::vector<char*> arguments;
+  for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+  arguments.push_back(nullptr);
+
   int ends[2];
   if (pipe(ends) != 0) throw std::runtime_error("no pipe");
-  const pid_t child = fork();
-  if (child < 0) throw std::runtime_error("no process");
-  if (child == 0) {
-    dup2(ends[1], STDOUT_FILENO);
-    dup2(ends[1], STDERR_FILENO);
-    close(ends[0]);
-    close(ends[1]);
-    std::vector<char*> arguments;
-    for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    execvp(arguments[0], arguments.data());
-    _exit(127);
-  }
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
+  posix_spawn_file_actions_addclose(&actions, ends[0]);
+  posix_spawn_file_actions_addclose(&actions, ends[1]);
+  pid_t child = 0;
+  const int error =
+      posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
   close(ends[1]);
+  if (error != 0) {
+    close(ends[0]);
+    throw std::runtime_error(command[0] + " cannot be run (" + std::strerror(error) +
+                             "): these tests need libjpeg-turbo-progs");
+  }
+
   Outcome outcome;
   char buffer[4096];
   for (;;) {
@@ -62,10 +70,6 @@ Outcome run(const std::vector<std::string>& command) {
   int status = 0;
   waitpid(child, &status, 0);
   outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-  if (outcome.status == 127) {
-    throw std::runtime_error(command[0] +
-                             " cannot be run: these tests need libjpeg-turbo-progs installed");
-  }
   return outcome;
 }
 
