@@ -17,10 +17,6 @@ namespace orbhost::jpeg {
 
 namespace {
 
-struct alignas(64) Block {
-  Orb16s values[64];
-};
-
 // ---- Entropy-coded bytes
 
 // Reads the blocks of one scan in their order. It counts MCUs for the restarts.
@@ -384,15 +380,7 @@ class Decoder {
 
   // The blocks are kept until every component has had its scan.
   void decodeScans(const Layout& layout, PictureBuilder& picture) {
-    std::vector<std::vector<Block>> blocks;
-    for (const ComponentLayout& component : layout.components) {
-      blocks.emplace_back(static_cast<size_t>(component.paddedBlocksWide) *
-                          component.paddedBlocksHigh);
-    }
-    const auto blockAt = [&](int c, int column, int row) -> Block& {
-      return blocks[c][static_cast<size_t>(row) * layout.components[c].paddedBlocksWide + column];
-    };
-
+    BlockPlanes blocks(layout);
     std::array<bool, 4> done{};
     do {
       const std::vector<ScanComponent>& scan = markers_.scan().components;
@@ -410,33 +398,32 @@ class Decoder {
         for (int row = 0; row < layout.components[c].blocksHigh; ++row) {
           for (int column = 0; column < layout.components[c].blocksWide; ++column) {
             reader.beginMcu();
-            reader.read(0, blockAt(c, column, row));
+            reader.read(0, blocks.at(c, column, row));
           }
         }
       } else {
         for (int mcuRow = 0; mcuRow < layout.mcusHigh; ++mcuRow) {
           walkMcuRow(
               layout, scan, mcuRow, [&] { reader.beginMcu(); },
-              [&](int i, int c, int column, int row) { reader.read(i, blockAt(c, column, row)); });
+              [&](int i, int c, int column, int row) {
+                reader.read(i, blocks.at(c, column, row));
+              });
         }
       }
       markers_.resumeAt(reader.finish());
     } while (markers_.nextScan());
-    if (!std::all_of(done.begin(), done.begin() + layout.components.size(),
-                     [](bool one) { return one; })) {
-      throw Error("the file ends before every component has had its scan");
+    std::vector<ScanComponent> all;
+    for (int c = 0; c < static_cast<int>(layout.components.size()); ++c) {
+      if (!done[c]) throw Error("the file ends before every component has had its scan");
+      all.push_back({c, 0, 0});
     }
-
     for (int mcuRow = 0; mcuRow < layout.mcusHigh; ++mcuRow) {
       picture.beginMcuRow(mcuRow);
-      for (int c = 0; c < static_cast<int>(layout.components.size()); ++c) {
-        const ComponentLayout& component = layout.components[c];
-        for (int row = mcuRow * component.v; row < (mcuRow + 1) * component.v; ++row) {
-          for (int column = 0; column < component.paddedBlocksWide; ++column) {
-            picture.put(c, column, row, blockAt(c, column, row));
-          }
-        }
-      }
+      walkMcuRow(
+          layout, all, mcuRow, [] {},
+          [&](int, int c, int column, int row) {
+            picture.put(c, column, row, blocks.at(c, column, row));
+          });
       picture.endMcuRow(mcuRow, mcuRow + 1 == layout.mcusHigh);
     }
   }

@@ -24,6 +24,9 @@ constexpr int kLargestSide = 65535;
 // be followed by a stuffed one.
 constexpr int64_t kLargestBlock = 64 * 27 / 8 * 2;
 
+// The last byte before a restart, which may be stuffed as well, and the marker.
+constexpr int64_t kLargestRestart = 4;
+
 Frame makeFrame(const Image& image, Sampling sampling) {
   if (image.width() > kLargestSide || image.height() > kLargestSide) {
     throw Error("a JPEG holds at most 65535 x 65535 pixels, not " + std::to_string(image.width()) +
@@ -222,7 +225,7 @@ class ScanWriter : public BlockSink {
 
   // Needed before that many blocks are put: coding never meets the buffer's end.
   void makeRoomFor(int64_t blocks) {
-    const int64_t wanted = position_ + blocks * (kLargestBlock + 2) + 2;
+    const int64_t wanted = position_ + blocks * (kLargestBlock + kLargestRestart);
     if (wanted > std::numeric_limits<Orb32s>::max()) throw Error("the file would exceed 2 GiB");
     if (wanted > static_cast<int64_t>(file_.size())) {
       file_.resize(
@@ -269,10 +272,6 @@ class ScanWriter : public BlockSink {
   EncodeTable dc_[2];
   EncodeTable ac_[2];
   int restarts_ = 0;
-};
-
-struct alignas(64) Block {
-  Orb16s values[64];
 };
 
 class Encoder {
@@ -338,19 +337,12 @@ class Encoder {
 
   // The blocks of the whole picture are kept while their symbols are counted, then coded.
   void runTwice(Bytes& file, MarkerWriter& markers) {
-    std::vector<std::vector<Block>> blocks;
-    for (const ComponentLayout& component : layout_.components) {
-      blocks.emplace_back(static_cast<size_t>(component.blocksWide) * component.blocksHigh);
-    }
-    const auto blockAt = [&](int c, int column, int row) -> Block& {
-      return blocks[c][static_cast<size_t>(row) * layout_.components[c].blocksWide + column];
-    };
-
+    BlockPlanes blocks(layout_);
     SymbolCounter counter(restartInterval_);
     for (int mcuRow = 0; mcuRow < layout_.mcusHigh; ++mcuRow) {
       stripe_.fill(mcuRow);
       putMcuRow(mcuRow, counter, [&](int c, int column, int row) {
-        Block& block = blockAt(c, column, row);
+        Block& block = blocks.at(c, column, row);
         transform(c, column, row, block);
         return block.values;
       });
@@ -366,7 +358,7 @@ class Encoder {
     for (int mcuRow = 0; mcuRow < layout_.mcusHigh; ++mcuRow) {
       writer.makeRoomFor(blocksOfMcuRow());
       putMcuRow(mcuRow, writer,
-                [&](int c, int column, int row) { return blockAt(c, column, row).values; });
+                [&](int c, int column, int row) { return blocks.at(c, column, row).values; });
     }
     writer.finish();
   }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "hosts/jpeg_markers.h"
+#include "orb90legacy.h"
 
 namespace orbhost::jpeg {
 
@@ -43,6 +44,33 @@ struct Layout {
                             divideUp(frame.height * v, 8 * vMax), mcusWide * h, mcusHigh * v});
     }
   }
+};
+
+struct alignas(64) Block {
+  Orb16s values[64];
+};
+
+// The blocks of a whole picture, those that fill up MCUs among them. All are zero at first.
+class BlockPlanes {
+ public:
+  explicit BlockPlanes(const Layout& layout) {
+    for (const ComponentLayout& component : layout.components) {
+      const size_t wide = static_cast<size_t>(component.paddedBlocksWide);
+      planes_.push_back({wide, std::vector<Block>(wide * component.paddedBlocksHigh)});
+    }
+  }
+
+  Block& at(int component, int column, int row) {
+    Plane& plane = planes_[component];
+    return plane.blocks[static_cast<size_t>(row) * plane.wide + column];
+  }
+
+ private:
+  struct Plane {
+    size_t wide;
+    std::vector<Block> blocks;
+  };
+  std::vector<Plane> planes_;
 };
 
 // Visits the blocks of one row of an interleaved scan's MCUs in coding order. `visit` is told the
