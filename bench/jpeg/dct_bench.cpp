@@ -15,14 +15,14 @@ namespace {
 
 constexpr int kBlocks = 64;  // side by side
 constexpr int kWidth = 8 * kBlocks;
-constexpr int kQuality = 75;
+constexpr int kQuality = 75;  // of the peer
 
-// A row of blocks: soft structure with some noise, and what becomes of it at quality 75.
+// A row of blocks: soft structure with some noise, and its coefficients by a table that is about as
+// coarse as the peer's.
 struct Picture {
   alignas(64) Orb8u samples[8 * kWidth];
   alignas(64) Orb16u wide[8 * kWidth];
   alignas(64) Orb16s coefficients[kBlocks][64];
-  alignas(64) Orb8u raw[64];  // zigzag; the peer makes the same numbers of T.81 K.1 for itself
   alignas(64) Orb16u forward[64];
   alignas(64) Orb16u inverse[64];
   alignas(64) Orb32f forwardFloat[64];
@@ -37,6 +37,7 @@ struct Picture {
         wide[y * kWidth + x] = static_cast<Orb16u>(16 * samples[y * kWidth + x]);
       }
     }
+    Orb8u raw[64];
     for (int i = 0; i < 64; ++i) raw[i] = static_cast<Orb8u>(8 + i * 3 / 4);
     orbRow_orbiQuantFwdTableInit_JPEG_8u16u.body[0](raw, forward);
     orbRow_orbiQuantInvTableInit_JPEG_8u16u.body[0](raw, inverse);
