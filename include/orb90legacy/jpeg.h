@@ -387,8 +387,9 @@ ORB_API OrbStatus ORB_CALL legacy90orbiGetHuffmanStatistics8x8_JPEG_16s_C1(const
  * bytes. roiSize counts pixels; a subsampled chroma plane has the fraction of it that the note
  * tells. `411` in a name stands for one chroma sample for two by two pixels (4:2:0).
  *
- * RGB names the order of bytes: red first. BGR is blue first. Of four channels the fourth is
- * ignored in a source, and set to `aval` in a destination. Packed pixels are 16-bit words:
+ * RGB names the order of bytes: red first. BGR is blue first. Of four bytes for an RGB pixel the
+ * fourth is ignored in a source, and set to `aval` in a destination. Packed pixels are 16-bit
+ * words:
  *
  *            red           green        blue
  *   RGB555   bits 0-4      bits 5-9     bits 10-14
@@ -398,8 +399,8 @@ ORB_API OrbStatus ORB_CALL legacy90orbiGetHuffmanStatistics8x8_JPEG_16s_C1(const
  *
  * A field is the top bits of its sample: read, the low bits are 0; written, they are dropped.
  *
- * There are two arithmetics in each direction, from different origins; results of one may differ by
- * one from those of the other. Shifts are arithmetic, and the low 8 bits are kept.
+ * There are two arithmetics in each direction, whose results differ by one for some colours. Shifts
+ * are arithmetic.
  *
  *   forward A   Y  = (19595 R + 38470 G +  7471 B +   32768) >> 16
  *               Cb = (32768 B - 21709 G - 11059 R + 8421375) >> 16
