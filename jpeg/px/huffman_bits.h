@@ -26,10 +26,12 @@ inline Orb32s orbJpegCategory(Orb32u magnitude) {
                          : orbJpegCategoryOfByte[magnitude >> 8] + 8;
 }
 
-// The value of `s` raw bits, s from 0 to 15.
+// The value of `s` raw bits, s from 0 to 15. Their top bit is as good as random, so there is no
+// branch on it.
 inline Orb32s extended(Orb32u raw, Orb32s s) {
   const Orb32s value = static_cast<Orb32s>(raw);
-  return value < (1 << s) >> 1 ? value + orbJpegExtend[s] : value;
+  const Orb32s isNegative = (value - ((1 << s) >> 1)) >> 31;
+  return value + (isNegative & orbJpegExtend[s]);
 }
 
 // A position outside of the buffer counts as its end, and stays as it is.
@@ -39,16 +41,16 @@ inline bool isWithin(Orb32s position, Orb32s length) {
 
 // ---- Writing
 
-// The code of a symbol. Of a length that no code has, as in a damaged table, nothing is believed.
 struct HuffmanCode {
-  Orb32u bits;
-  Orb32s length;  // 0 for a symbol without a code, else 1 to 16
+  Orb32u bits = 0;
+  Orb32s length = 0;  // 0 for a symbol without a code, else 1 to 16
 };
-inline HuffmanCode codeOf(const OrbiEncodeHuffmanSpec& table, Orb32s symbol) {
+// Of an entry with a length that no code has, as in a damaged table, nothing is believed.
+[[gnu::always_inline]] inline HuffmanCode codeOf(const OrbiEncodeHuffmanSpec& table,
+                                                 Orb32s symbol) {
   const Orb32u entry = table.entries[symbol];
-  const Orb32u length = entry >> 16;
-  if (length > 16) return {0, 0};
-  return {entry & 65535, static_cast<Orb32s>(length)};
+  if (entry - (1 << 16) >= 16 << 16) return {};
+  return {entry & 65535, static_cast<Orb32s>(entry >> 16)};
 }
 
 struct BitWriter {
@@ -112,22 +114,31 @@ inline OrbStatus orbFlushBits(BitWriter& writer, Orb32s* pDstCurrPos,
 
 struct BitReader {
   const Orb8u* src;
-  Orb32s length;
-  Orb32s position;
+  const Orb8u* at;
+  const Orb8u* end;
+  const Orb8u* fastEnd;  // from in front of it four bytes may be loaded, and nothing is in the way
   Orb32s marker;
   Orb32u bitBuffer;
   Orb32s bitCount;
+  Orb32u
+      next;  // the valid bits once more, left aligned: the way to the next symbol leads over them
 
   BitReader(const Orb8u* pSrc, Orb32s srcLenBytes, const Orb32s* pSrcCurrPos, const Orb32s* pMarker,
             const OrbiDecodeHuffmanState& state)
       : src(pSrc),
-        length(srcLenBytes),
-        position(load(pSrcCurrPos)),
+        at(pSrc + load(pSrcCurrPos)),
+        end(isWithin(load(pSrcCurrPos), srcLenBytes) ? pSrc + srcLenBytes : at),
+        fastEnd(nullptr),
         marker(load(pMarker)),
         bitBuffer(state.bitBuffer),
-        bitCount(state.bitCount) {}
+        bitCount(state.bitCount) {
+    align();
+    if (end - at >= 4 && marker == 0 && bitCount >= 0) fastEnd = end - 3;
+  }
+  // Of 1 to 32 bits. There is nothing to align in other counts, and nothing is taken from them.
+  void align() { next = bitBuffer << (-bitCount & 31); }
   void close(Orb32s* pSrcCurrPos, Orb32s* pMarker, OrbiDecodeHuffmanState& state) const {
-    store(pSrcCurrPos, position);
+    store(pSrcCurrPos, static_cast<Orb32s>(at - src));
     store(pMarker, marker);
     state.bitBuffer = bitBuffer;
     state.bitBufferHigh = 0;
@@ -135,9 +146,11 @@ struct BitReader {
   }
 };
 
-// Whether one of the four bytes is 255.
-inline bool hasByte255(Orb32u word) {
-  return (word & ~(word + 0x01010101u) & 0x80808080u) != 0;
+// Whether one of the bytes of an unsigned word is 255.
+template <class Word>
+inline bool hasByte255(Word word) {
+  constexpr Word kOnes = static_cast<Word>(-1) / 255;  // 1 in every byte
+  return (word & ~(word + kOnes) & kOnes << 7) != 0;
 }
 
 struct FillResult {
@@ -152,18 +165,19 @@ struct FillResult {
     return {reader, need > reader.bitCount ? orbStsJpegBitStreamErr : orbStsNoErr};
   }
   while (reader.bitCount < 25) {
-    if (!isWithin(reader.position, reader.length)) {
+    if (reader.at == reader.end) {
       return {reader, need > reader.bitCount ? orbStsJpegBufferEndErr : orbStsNoErr};
     }
-    const Orb8u byte = reader.src[reader.position++];
+    const Orb8u byte = *reader.at++;
     if (byte == 255) {
       Orb8u next;
       do {
-        if (!isWithin(reader.position, reader.length)) return {reader, orbStsJpegBufferEndErr};
-        next = reader.src[reader.position++];
+        if (reader.at == reader.end) return {reader, orbStsJpegBufferEndErr};
+        next = *reader.at++;
       } while (next == 255);
       if (next != 0) {
         reader.marker = next;
+        reader.fastEnd = nullptr;
         return {reader, orbStsNoErr};
       }
     }
@@ -173,43 +187,51 @@ struct FillResult {
   return {reader, orbStsNoErr};
 }
 
-// Reads bytes until there are 25 bits or more, or a marker comes up, or the source ends. Bits that
-// are needed and not there are a fault behind a marker and at the end of the source, but not when
-// the marker comes up just now: they are then taken from what the buffer happens to hold, and the
-// count falls below zero. A byte of 255 at the very end of the source is a fault in any case.
+// Reads bytes until there are 25 bits or more, or a marker comes up, or the source ends. Called
+// with no more than 24 bits. Bits that are needed and not there are a fault behind a marker and at
+// the end of the source, but not when the marker comes up just now: they are then taken from what
+// the buffer happens to hold, and the count falls below zero. A byte of 255 at the very end of the
+// source is a fault in any case.
 [[gnu::always_inline]] inline OrbStatus orbJpegFillBits(BitReader& reader, Orb32s need) {
-  // Three or four bytes at once, when no byte of 255 is among the next four.
-  if (reader.marker == 0 && static_cast<Orb32u>(reader.bitCount) <= 24 &&
-      isWithin(reader.position, reader.length) && reader.length - reader.position >= 4) {
-    const Orb32u word =
-        __builtin_bswap32(load(reinterpret_cast<const Orb32u*>(reader.src + reader.position)));
+  // As many as there is room for at once, when no byte of 255 is among the next four.
+  if (reader.at < reader.fastEnd) {
+    const Orb32u word = __builtin_bswap32(load(reinterpret_cast<const Orb32u*>(reader.at)));
     if (!hasByte255(word)) {
-      const Orb32s left = (reader.bitCount + 7) & ~7;  // of the word's bits
+      const Orb32s unused = (reader.bitCount + 7) & ~7;  // of the word's bits
       const uint64_t both = static_cast<uint64_t>(reader.bitBuffer) << 32 | word;
-      reader.bitBuffer = static_cast<Orb32u>(both >> left);
-      reader.bitCount += 32 - left;
-      reader.position += (32 - left) >> 3;
+      reader.bitBuffer = static_cast<Orb32u>(both >> unused);
+      reader.bitCount += 32 - unused;
+      reader.at += (32 - unused) >> 3;
+      reader.align();
       return orbStsNoErr;
     }
   }
   const FillResult filled = fillByBytes(reader, need);
   reader = filled.reader;
+  reader.align();
   return filled.status;
 }
 
-// Takes `n` bits, at most 16, whether or not they are there.
-inline Orb32u takeBits(BitReader& reader, Orb32s n) {
+// Drops `n` bits that are there.
+[[gnu::always_inline]] inline void skipBits(BitReader& reader, Orb32s n) {
   reader.bitCount -= n;
-  return lowBits(reader.bitBuffer >> (reader.bitCount & 31), n);
+  reader.next <<= n;
 }
 
-// Takes `n` bits, at most 16, and fetches them first if need be.
+// Takes `n` bits, at most 16, and fetches them first if need be. Behind a marker that has just come
+// up they are taken from the buffer even if they are not there.
 [[gnu::always_inline]] inline OrbStatus fetchBits(BitReader& reader, Orb32s n, Orb32u& bits) {
   if (reader.bitCount < n) {
     const OrbStatus status = orbJpegFillBits(reader, n);
     if (status < 0) return status;
+    if (reader.bitCount < n) {
+      reader.bitCount -= n;
+      bits = lowBits(reader.bitBuffer >> (reader.bitCount & 31), n);
+      return orbStsNoErr;
+    }
   }
-  bits = takeBits(reader, n);
+  bits = reader.next >> 1 >> (31 - n);
+  skipBits(reader, n);
   return orbStsNoErr;
 }
 
@@ -223,6 +245,12 @@ inline bool findSymbol(const OrbiDecodeHuffmanSpec& table, Orb32s length, Orb32u
   if (last == 65535 || code > last) return false;
   symbol = table.symbols[(table.valOffset[length] - table.minCode[length] + code) & 255];
   return true;
+}
+
+// Whether a code of at most 8 bits was looked up. Other lengths stand in no table but a damaged
+// one.
+inline bool isShortCode(Orb32u entry) {
+  return entry - (1 << 16) < 8 << 16;
 }
 
 // Decodes bit by bit, starting with codes of length `n`.
@@ -253,9 +281,9 @@ inline bool findSymbol(const OrbiDecodeHuffmanSpec& table, Orb32s length, Orb32u
     if (status < 0) return status;
     if (reader.bitCount < 8) return decodeLongSymbol(reader, table, 1, symbol);
   }
-  const Orb32u entry = table.lookup[(reader.bitBuffer >> ((reader.bitCount - 8) & 31)) & 255];
-  if (entry >> 16 == 0) return decodeLongSymbol(reader, table, 9, symbol);
-  reader.bitCount -= static_cast<Orb32s>(entry >> 16);
+  const Orb32u entry = table.lookup[reader.next >> 24];
+  if (!isShortCode(entry)) return decodeLongSymbol(reader, table, 9, symbol);
+  skipBits(reader, static_cast<Orb32s>(entry >> 16));
   symbol = static_cast<Orb8u>(entry);
   return orbStsNoErr;
 }

@@ -7,42 +7,6 @@
 
 namespace orb::ORB_BUILD::plain {
 
-// Gathers up to 31 bits before it writes. Above the bits not yet written it keeps at least the 8
-// that were written last.
-struct RoomyWriter {
-  Orb8u* at;
-  uint64_t bits;
-  Orb32s count;
-
-  void writeByte(Orb8u byte) {
-    *at++ = byte;
-    if (byte == 255) *at++ = 0;
-  }
-
-  // Appends the low `n` bits of a value that has no others, n from 0 to 32.
-  [[gnu::always_inline]] void put(Orb32u value, Orb32s n) {
-    bits = bits << n | value;
-    count += n;
-    if (count < 32) return;
-    count -= 32;
-    const Orb32u word = static_cast<Orb32u>(bits >> count);
-    if (!hasByte255(word)) {
-      store(reinterpret_cast<Orb32u*>(at), __builtin_bswap32(word));
-      at += 4;
-      return;
-    }
-    for (int shift = 24; shift >= 0; shift -= 8) writeByte(static_cast<Orb8u>(word >> shift));
-  }
-
-  // Writes all whole bytes: 0 to 7 bits stay.
-  void drain() {
-    while (count >= 8) {
-      count -= 8;
-      writeByte(static_cast<Orb8u>(bits >> count));
-    }
-  }
-};
-
 struct DirectReader {
   const Orb8u* at;
   Orb32s marker;  // above 0 when one has been met
@@ -111,7 +75,7 @@ struct DirectReader {
   const Orb32u next = reader.bitCount >= 8 ? reader.bitBuffer >> ((reader.bitCount - 8) & 31)
                                            : reader.bitBuffer << (8 - reader.bitCount);
   const Orb32u entry = table.lookup[next & 255];
-  if (entry >> 16 == 0) return decodeLongSymbol(reader, table, symbol);
+  if (!isShortCode(entry)) return decodeLongSymbol(reader, table, symbol);
   reader.bitCount -= static_cast<Orb32s>(entry >> 16);
   symbol = static_cast<Orb8u>(entry);
   return orbStsNoErr;

@@ -13,100 +13,247 @@ constexpr Orb32s kEndOfBlock = 0;
 
 // ---- Encoding
 
-// Bit k is set if the coefficient at zigzag position k is not 0, for k from 1 to 63.
-inline uint64_t nonzeroAC(const Orb16s* block) {
+// Bit i is set if the value at raster position i is not 0.
+inline uint64_t nonzeroValues(const Orb16s* block) {
+  alignas(8) Orb8u nonzero[64];
+  for (int i = 0; i < 64; ++i) nonzero[i] = load(block + i) != 0;
   uint64_t mask = 0;
-  for (int k = 1; k < 64; ++k) {
-    mask |= static_cast<uint64_t>(load(block + orbZigzagNatural[k]) != 0) << k;
+  for (int y = 0; y < 8; ++y) {
+    // The multiplication moves byte x to bit x of the top byte.
+    const uint64_t row = load(reinterpret_cast<const uint64_t*>(nonzero + y * 8));
+    mask |= ((row * 0x0102040810204080u) >> 56) << (y * 8);
   }
   return mask;
 }
 
+// From raster to zigzag order, without the DC value.
+inline uint64_t zigzagAC(uint64_t mask) {
+  uint64_t zigzag = 0;
+  for (int n = 0; n < 256; n += 16, mask >>= 4) zigzag |= orbZigzagMask[n + (mask & 15)];
+  return zigzag & ~uint64_t{1};
+}
+
+// The number of the lowest bit that is set. On 32 bits the compiler's own is a call into its
+// runtime.
+inline Orb32s lowestBit(uint64_t mask) {
+  if constexpr (sizeof(uintptr_t) == 8) return __builtin_ctzll(mask);
+  const Orb32u low = static_cast<Orb32u>(mask);
+  return low != 0 ? __builtin_ctz(low) : 32 + __builtin_ctz(static_cast<Orb32u>(mask >> 32));
+}
+
 // A difference or coefficient as it is coded: its number of bits, and those bits.
 struct Magnitude {
-  Orb32s category;
-  Orb32u bits;
+  Orb32s category = 0;
+  Orb32u bits = 0;
 };
-inline Magnitude magnitudeOf(Orb32s value) {
+[[gnu::always_inline]] inline Magnitude magnitudeOf(Orb32s value) {
   const Orb32s sign = value >> 31;
-  const Orb32s category = orbJpegCategory(static_cast<Orb32u>((value ^ sign) - sign));
-  return {category, lowBits(static_cast<Orb32u>(value + sign), category)};
+  const Orb32s bits = value + sign;  // one less if negative, which inverts the magnitude
+  const Orb32s category = orbJpegCategory(static_cast<Orb32u>(bits ^ sign));
+  return {category, lowBits(static_cast<Orb32u>(bits), category)};
 }
 
 // The DC difference, with the predictor moved.
-inline Magnitude nextDifference(const Orb16s* block, Orb16s* lastDC) {
+[[gnu::always_inline]] inline Magnitude nextDifference(const Orb16s* block, Orb16s* lastDC) {
   const Orb16s dc = load(block);
   const Orb32s difference = dc - load(lastDC);
   store(lastDC, dc);
   return magnitudeOf(difference);
 }
 
-// Goes through the nonzero AC coefficients: `zeroRun` for each whole 16 of the zeros in front of
-// one, `coefficient` with the rest of them and its magnitude, `endOfBlock` if there are zeros
-// behind the last. Stops at the first status other than orbStsNoErr.
-template <class ZeroRun, class Coefficient, class EndOfBlock>
-[[gnu::always_inline]] inline OrbStatus forEachAC(const Orb16s* block, ZeroRun zeroRun,
-                                                  Coefficient coefficient, EndOfBlock endOfBlock) {
+// Goes through the symbols of a block with the values behind them: symbols.dc(value), then
+// symbols.ac(symbol, value) for each coefficient other than 0, for each whole 16 of the zeros in
+// front of one, and for zeros behind the last. Stops at the first status other than orbStsNoErr.
+template <class Symbols>
+[[gnu::always_inline]] inline OrbStatus forEachSymbol(const Orb16s* block, Orb16s* lastDC,
+                                                      Symbols& symbols) {
+  OrbStatus status = symbols.dc(nextDifference(block, lastDC));
+  if (status != orbStsNoErr) return status;
   Orb32s previous = 0;
-  for (uint64_t mask = nonzeroAC(block); mask != 0; mask &= mask - 1) {
-    const Orb32s k = __builtin_ctzll(mask);
+  for (uint64_t mask = zigzagAC(nonzeroValues(block)); mask != 0; mask &= mask - 1) {
+    const Orb32s k = lowestBit(mask);
     Orb32s run = k - previous - 1;
     previous = k;
     for (; run > 15; run -= 16) {
-      const OrbStatus status = zeroRun();
+      status = symbols.ac(kZeroRunOf16, {});
       if (status != orbStsNoErr) return status;
     }
-    const OrbStatus status = coefficient(run, magnitudeOf(load(block + orbZigzagNatural[k])));
+    const Magnitude value = magnitudeOf(load(block + orbZigzagNatural[k]));
+    status = symbols.ac(run * 16 + value.category, value);
     if (status != orbStsNoErr) return status;
   }
-  return previous != 63 ? endOfBlock() : orbStsNoErr;
+  return previous != 63 ? symbols.ac(kEndOfBlock, {}) : orbStsNoErr;
 }
 
-// Puts the code of a symbol and the bits behind it. `Symbol` is called with a code and a magnitude.
-template <class Symbol>
-[[gnu::always_inline]] inline OrbStatus encodeBlock(const Orb16s* block, Orb16s* lastDC,
-                                                    const OrbiEncodeHuffmanSpec& dcTable,
-                                                    const OrbiEncodeHuffmanSpec& acTable,
-                                                    Symbol symbol) {
-  const Magnitude difference = nextDifference(block, lastDC);
-  const OrbStatus status = symbol(codeOf(dcTable, difference.category), difference);
-  if (status != orbStsNoErr) return status;
-  return forEachAC(
-      block, [&] { return symbol(codeOf(acTable, kZeroRunOf16), {}); },
-      [&](Orb32s run, Magnitude value) {
-        // A category of 16 leads into the next run's row, and the last row has none behind it.
-        const Orb32s number = run * 16 + value.category;
-        return symbol(number < 256 ? codeOf(acTable, number) : HuffmanCode{}, value);
-      },
-      [&] { return symbol(codeOf(acTable, kEndOfBlock), {}); });
+// Writes them: out.put(code, value).
+template <class Output>
+struct SymbolEncoder {
+  const OrbiEncodeHuffmanSpec& dcTable;
+  const OrbiEncodeHuffmanSpec& acTable;
+  Output out;
+
+  [[gnu::always_inline]] OrbStatus dc(Magnitude value) {
+    return out.put(codeOf(dcTable, value.category), value);
+  }
+  // A category of 16 leads into the next run's row, and the last row has none behind it.
+  [[gnu::always_inline]] OrbStatus ac(Orb32s symbol, Magnitude value) {
+    return out.put(symbol < 256 ? codeOf(acTable, symbol) : HuffmanCode{}, value);
+  }
+};
+
+// Counts them.
+struct SymbolCounter {
+  Orb32s* dcStatistics;
+  Orb32s* acStatistics;
+
+  [[gnu::always_inline]] static OrbStatus count(Orb32s* statistic) {
+    store(statistic, load(statistic) + 1);
+    return orbStsNoErr;
+  }
+  [[gnu::always_inline]] OrbStatus dc(Magnitude value) {
+    return value.category > 15 ? orbStsJpegBitStreamErr : count(dcStatistics + value.category);
+  }
+  [[gnu::always_inline]] OrbStatus ac(Orb32s symbol, Magnitude value) {
+    return value.category > 14 ? orbStsJpegBitStreamErr : count(acStatistics + symbol);
+  }
+};
+
+inline OrbStatus orbCountBlock(const Orb16s* block, Orb32s* dcStatistics, Orb32s* acStatistics,
+                               Orb16s* lastDC) {
+  SymbolCounter counter = {dcStatistics, acStatistics};
+  return forEachSymbol(block, lastDC, counter);
 }
 
-// What a block takes at most: 64 codes and values of 16 bits each, every byte of them 255.
-constexpr Orb32s kMostBytesOfBlock = 512;
+// Tests every byte for room.
+struct BoundedOutput {
+  BitWriter& writer;
+
+  OrbStatus put(HuffmanCode code, Magnitude value) {
+    const OrbStatus status = orbJpegPutBits(writer, code.bits, code.length);
+    if (status != orbStsNoErr || value.category == 0) return status;
+    return orbJpegPutBits(writer, value.bits, value.category);
+  }
+};
+
+// What a block takes at most: 64 codes and values of 16 bits each, and twice as much if every byte
+// is 255.
+constexpr Orb32s kMostBytesOfBits = 64 * 32 / 8;
+constexpr Orb32s kMostBytesOfBlock = 2 * kMostBytesOfBits;
+constexpr Orb32s kRoomOfBits = kMostBytesOfBits + 8;
+
+// Gathers the bits of one block, to be stuffed when they are complete.
+struct BlockBits {
+  using Word = uintptr_t;
+  static constexpr Orb32s kWordBits = sizeof(Word) * 8;
+
+  Orb8u* at;
+  Word bits;  // the low `count` bits, which is fewer than a word has
+  Orb32s count;
+
+  [[gnu::always_inline]] void storeWord(Word word) {
+    if constexpr (sizeof(Word) == 8) {
+      store(reinterpret_cast<Word*>(at), static_cast<Word>(__builtin_bswap64(word)));
+    } else {
+      store(reinterpret_cast<Word*>(at), static_cast<Word>(__builtin_bswap32(word)));
+    }
+  }
+  // The value has no other bits than its low `n`, at most half a word.
+  [[gnu::always_inline]] void putField(Word value, Orb32s n) {
+    count += n;
+    if (count < kWordBits) {
+      bits = bits << n | value;
+      return;
+    }
+    count -= kWordBits;
+    storeWord(bits << (n - count) | value >> count);
+    at += sizeof(Word);
+    bits = value;
+  }
+  [[gnu::always_inline]] void put(HuffmanCode code, Magnitude value) {
+    if constexpr (sizeof(Word) == 8) {
+      putField(static_cast<Word>(code.bits) << value.category | value.bits,
+               code.length + value.category);
+    } else {
+      putField(code.bits, code.length);
+      putField(value.bits, value.category);
+    }
+  }
+  // Stores what there is. Leaves the bits behind the last whole byte, 0 to 7, in the low bits.
+  [[gnu::always_inline]] void finish() {
+    storeWord(bits << 1 << (kWordBits - 1 - count));
+    at += count >> 3;
+    count &= 7;
+    bits = lowBits(static_cast<Orb32u>(bits), count);
+  }
+};
+
+// Copies bytes, with a 0 behind each 255. Returns the end of the copy.
+inline Orb8u* copyStuffed(const Orb8u* from, const Orb8u* end, Orb8u* dst) {
+  using Word = uintptr_t;
+  constexpr ptrdiff_t kWordBytes = sizeof(Word);
+  for (;;) {
+    for (; end - from >= kWordBytes; from += kWordBytes, dst += kWordBytes) {
+      const Word word = load(reinterpret_cast<const Word*>(from));
+      if (hasByte255(word)) break;
+      store(reinterpret_cast<Word*>(dst), word);
+    }
+    if (from == end) return dst;
+    // Up to the first byte of 255, or the rest.
+    Orb8u byte;
+    do {
+      byte = *from++;
+      *dst++ = byte;
+    } while (byte != 255 && from != end);
+    if (byte == 255) *dst++ = 0;
+  }
+}
+
+struct StrictOutput {
+  BlockBits bits;
+
+  [[gnu::always_inline]] OrbStatus put(HuffmanCode code, Magnitude value) {
+    if (code.length == 0) return orbStsJpegHuffTableErr;
+    bits.put(code, value);
+    return orbStsNoErr;
+  }
+};
+
+// Leaves out the codes of symbols that have none.
+struct LenientOutput {
+  BlockBits bits;
+
+  [[gnu::always_inline]] OrbStatus put(HuffmanCode code, Magnitude value) {
+    bits.put(code, value);
+    return orbStsNoErr;
+  }
+};
+
+[[gnu::noinline]] inline OrbStatus encodeBlockBounded(const Orb16s* block, Orb16s* lastDC,
+                                                      const OrbiEncodeHuffmanSpec& dcTable,
+                                                      const OrbiEncodeHuffmanSpec& acTable,
+                                                      BitWriter& writer) {
+  SymbolEncoder<BoundedOutput> encoder = {dcTable, acTable, {writer}};
+  return forEachSymbol(block, lastDC, encoder);
+}
 
 inline OrbStatus orbEncodeBlock(const Orb16s* block, Orb16s* lastDC,
                                 const OrbiEncodeHuffmanSpec& dcTable,
                                 const OrbiEncodeHuffmanSpec& acTable, BitWriter& writer) {
   if (static_cast<Orb32u>(writer.bitCount) > 7 || !isWithin(writer.position, writer.length) ||
       writer.length - writer.position < kMostBytesOfBlock) {
-    return encodeBlock(block, lastDC, dcTable, acTable, [&](HuffmanCode code, Magnitude value) {
-      OrbStatus status = orbJpegPutBits(writer, code.bits, code.length);
-      if (status != orbStsNoErr || value.category == 0) return status;
-      return orbJpegPutBits(writer, value.bits, value.category);
-    });
+    return encodeBlockBounded(block, lastDC, dcTable, acTable, writer);
   }
+  Orb8u bytes[kRoomOfBits];
+  SymbolEncoder<StrictOutput> encoder = {
+      dcTable, acTable, {{bytes, writer.bitBuffer >> (24 - writer.bitCount), writer.bitCount}}};
+  const OrbStatus status = forEachSymbol(block, lastDC, encoder);
+  BlockBits bits = encoder.out.bits;
+  bits.finish();
   Orb8u* const start = writer.dst + writer.position;
-  RoomyWriter roomy = {start, writer.bitBuffer >> (24 - writer.bitCount), writer.bitCount};
-  const OrbStatus status =
-      encodeBlock(block, lastDC, dcTable, acTable, [&](HuffmanCode code, Magnitude value) {
-        if (code.length == 0) return orbStsJpegHuffTableErr;
-        roomy.put(code.bits << value.category | value.bits, code.length + value.category);
-        return orbStsNoErr;
-      });
-  roomy.drain();
-  writer.position += static_cast<Orb32s>(roomy.at - start);
-  writer.bitBuffer = static_cast<Orb32u>(roomy.bits << (24 - roomy.count));
-  writer.bitCount = roomy.count;
+  writer.position += static_cast<Orb32s>(copyStuffed(bytes, bits.at, start) - start);
+  const Orb32u lastByte = bits.at != bytes ? bits.at[-1] : writer.bitBuffer >> 24;
+  writer.bitBuffer = lastByte << 24 | static_cast<Orb32u>(bits.bits) << (24 - bits.count);
+  writer.bitCount = bits.count;
   return status;
 }
 
@@ -115,37 +262,35 @@ inline void orbEncodeBlockDirect(const Orb16s* block, Orb8u* dst, Orb32s& bitPos
                                  const OrbiEncodeHuffmanSpec& acTable) {
   Orb8u* const start = dst + (bitPosition >> 3);
   const Orb32s begun = bitPosition & 7;
-  RoomyWriter roomy = {start, begun != 0 ? static_cast<Orb32u>(*start) >> (8 - begun) : 0, begun};
-  encodeBlock(block, lastDC, dcTable, acTable, [&](HuffmanCode code, Magnitude value) {
-    roomy.put(code.bits << value.category | value.bits, code.length + value.category);
-    return orbStsNoErr;
-  });
-  roomy.drain();
-  const Orb32s bits = static_cast<Orb32s>(roomy.at - start) * 8 + roomy.count - begun;
-  if (bits == 0) return;
-  *roomy.at = static_cast<Orb8u>(roomy.bits << (8 - roomy.count));
-  bitPosition += bits;
-}
-
-inline OrbStatus orbCountBlock(const Orb16s* block, Orb32s* dcStatistics, Orb32s* acStatistics,
-                               Orb16s* lastDC) {
-  const auto count = [](Orb32s* statistic) {
-    store(statistic, load(statistic) + 1);
-    return orbStsNoErr;
-  };
-  const Magnitude difference = nextDifference(block, lastDC);
-  if (difference.category > 15) return orbStsJpegBitStreamErr;
-  count(dcStatistics + difference.category);
-  return forEachAC(
-      block, [&] { return count(acStatistics + kZeroRunOf16); },
-      [&](Orb32s run, Magnitude value) {
-        if (value.category > 14) return orbStsJpegBitStreamErr;
-        return count(acStatistics + run * 16 + value.category);
-      },
-      [&] { return count(acStatistics + kEndOfBlock); });
+  Orb8u bytes[kRoomOfBits];
+  SymbolEncoder<LenientOutput> encoder = {
+      dcTable,
+      acTable,
+      {{bytes, begun != 0 ? static_cast<Orb32u>(*start) >> (8 - begun) : 0, begun}}};
+  forEachSymbol(block, lastDC, encoder);
+  BlockBits bits = encoder.out.bits;
+  bits.finish();
+  Orb8u* const end = copyStuffed(bytes, bits.at, start);
+  const Orb32s written = static_cast<Orb32s>(end - start) * 8 + bits.count - begun;
+  if (written == 0) return;
+  *end = static_cast<Orb8u>(bits.bits << (8 - bits.count));
+  bitPosition += written;
 }
 
 // ---- Decoding
+
+// A loop or a call of memset would become a string instruction, which takes longer to start than
+// this to end.
+[[gnu::always_inline]] inline void clearBlock(Orb16s* block) {
+  struct Quarter {
+    Orb32u words[8];
+  };
+  Quarter* const quarters = reinterpret_cast<Quarter*>(block);
+  store(quarters, {});
+  store(quarters + 1, {});
+  store(quarters + 2, {});
+  store(quarters + 3, {});
+}
 
 // Fetches the bits of a value of category `s`.
 template <class Reader>
@@ -165,7 +310,7 @@ template <class Reader>
                                                        const OrbiDecodeHuffmanSpec& dcTable,
                                                        const OrbiDecodeHuffmanSpec& acTable,
                                                        Orb32s& position) {
-  __builtin_memset(static_cast<void*>(block), 0, 64 * sizeof(Orb16s));
+  clearBlock(block);
   Orb32s symbol = 0;
   Orb32s value = 0;
   OrbStatus status = orbJpegDecodeSymbol(reader, dcTable, symbol);

@@ -26,9 +26,22 @@ constexpr OrbTable<uint32_t, 64> invert(const OrbTable<uint32_t, 72>& natural) {
   return order;
 }
 
+constexpr OrbTable<uint64_t, 256> scatter(const OrbTable<uint32_t, 64>& order) {
+  OrbTable<uint64_t, 256> mask = {};
+  for (uint32_t half = 0; half < 16; ++half) {
+    for (uint32_t bits = 0; bits < 16; ++bits) {
+      for (uint32_t x = 0; x < 4; ++x) {
+        if (bits >> x & 1) mask[half * 16 + bits] |= uint64_t{1} << order[half * 4 + x];
+      }
+    }
+  }
+  return mask;
+}
+
 }  // namespace
 
 constexpr OrbTable<uint32_t, 72> orbZigzagNatural = walk();
 constexpr OrbTable<uint32_t, 64> orbZigzagOrder = invert(walk());
+constexpr OrbTable<uint64_t, 256> orbZigzagMask = scatter(invert(walk()));
 
 }  // namespace orb

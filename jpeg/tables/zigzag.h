@@ -15,6 +15,11 @@ extern const OrbTable<uint32_t, 64> orbZigzagOrder;
 // over the end of the block lands on the last coefficient.
 extern const OrbTable<uint32_t, 72> orbZigzagNatural;
 
+// Takes a set of coefficients from raster to zigzag order, bit by bit: entry 16 * n + m is the set
+// of the zigzag numbers of those of the raster positions 4 * n to 4 * n + 3 whose bits are set in
+// m.
+extern const OrbTable<uint64_t, 256> orbZigzagMask;
+
 }  // namespace orb
 
 #endif
