@@ -66,13 +66,16 @@ Image draw(Motif motif, int width, int height, int channels) {
   return image;
 }
 
+static const char* const kPhotographPath = "/usr/share/xplanet/images/earth.jpg";
+
+bool isPhotographThere() {
+  return std::filesystem::exists(kPhotographPath);
+}
+
 const Image& photograph(int scale) {
   const auto load = [](int divisor) {
-    const char* const path = "/usr/share/xplanet/images/earth.jpg";
-    if (!std::filesystem::exists(path)) {
-      return draw(Motif::kScene, 1024 / divisor, 512 / divisor, 3);
-    }
-    return orbhost::jpeg::decodeJpeg(orbhost::readFile(path), {divisor});
+    if (!isPhotographThere()) return draw(Motif::kScene, 1024 / divisor, 512 / divisor, 3);
+    return orbhost::jpeg::decodeJpeg(orbhost::readFile(kPhotographPath), {divisor});
   };
   static const Image full = load(1);
   static const Image half = load(2);

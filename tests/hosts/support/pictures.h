@@ -16,6 +16,7 @@ orbhost::Image draw(Motif motif, int width, int height, int channels);
 // The Earth from Debian's xplanet-images, 2048 x 1024 divided by 1 or 2, where that is installed;
 // else a scene.
 const orbhost::Image& photograph(int scale = 1);
+bool isPhotographThere();
 
 struct Difference {
   int largest;
