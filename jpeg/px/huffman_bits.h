@@ -41,6 +41,7 @@ inline bool isWithin(Orb32s position, Orb32s length) {
 
 // ---- Writing
 
+// The code of a symbol.
 struct HuffmanCode {
   Orb32u bits = 0;
   Orb32s length = 0;  // 0 for a symbol without a code, else 1 to 16
@@ -120,8 +121,8 @@ struct BitReader {
   Orb32s marker;
   Orb32u bitBuffer;
   Orb32s bitCount;
-  Orb32u
-      next;  // the valid bits once more, left aligned: the way to the next symbol leads over them
+  // The valid bits once more, left aligned: from here it is the shortest way to the next symbol.
+  Orb32u next;
 
   BitReader(const Orb8u* pSrc, Orb32s srcLenBytes, const Orb32s* pSrcCurrPos, const Orb32s* pMarker,
             const OrbiDecodeHuffmanState& state)
@@ -243,7 +244,8 @@ inline bool findSymbol(const OrbiDecodeHuffmanSpec& table, Orb32s length, Orb32u
                        Orb32s& symbol) {
   const Orb32u last = table.maxCode[length];
   if (last == 65535 || code > last) return false;
-  symbol = table.symbols[(table.valOffset[length] - table.minCode[length] + code) & 255];
+  const Orb32u position = table.valOffset[length] - table.minCode[length] + code;
+  symbol = static_cast<Orb8u>(table.symbols[position & 255]);
   return true;
 }
 

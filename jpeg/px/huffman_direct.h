@@ -1,5 +1,5 @@
-// Bit streams without bounds: a writer for a destination that is known to have room, and the reader
-// of the Direct form, whose source ends with a marker.
+// The bits of the Direct form of decoding: a source without a length, which ends with a marker, and
+// no record but what the host carries. The functions are those of the ordinary form.
 #ifndef ORB_JPEG_PX_HUFFMAN_DIRECT_H
 #define ORB_JPEG_PX_HUFFMAN_DIRECT_H
 

@@ -208,6 +208,7 @@ inline Orb8u* copyStuffed(const Orb8u* from, const Orb8u* end, Orb8u* dst) {
   }
 }
 
+// Fails for a symbol that has no code.
 struct StrictOutput {
   BlockBits bits;
 
@@ -236,6 +237,7 @@ struct LenientOutput {
   return forEachSymbol(block, lastDC, encoder);
 }
 
+// Where there is room for any block, which is nearly always, nothing is tested on the way.
 inline OrbStatus orbEncodeBlock(const Orb16s* block, Orb16s* lastDC,
                                 const OrbiEncodeHuffmanSpec& dcTable,
                                 const OrbiEncodeHuffmanSpec& acTable, BitWriter& writer) {

@@ -1116,7 +1116,7 @@ ORB_MEANING(orbiDecodeHuffman8x8_JPEG_1u16s_C1, MutatedScans) {
 
 ORB_AGREEMENT(orbiDecodeHuffman8x8_JPEG_1u16s_C1) {
   Decoder expected({}), actual({});
-  for (int scans = 0; scans < 600; ++scans) {
+  for (int scans = 0; scans < 400; ++scans) {
     Tables tables = decoderTables()[random.between<size_t>(0, decoderTables().size() - 1)];
     const bool damaged = random.oneIn(5);
     if (damaged) {
