@@ -21,6 +21,7 @@ for set in "$@"; do
     bench) packages="$packages libbenchmark-dev libjpeg62-turbo-dev" ;;
     i386) packages="$packages g++-multilib" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
+    fuzz) packages="$packages clang libclang-rt-14-dev" ;;
     format) packages="$packages clang-format" ;;
     demo) packages="$packages libjpeg-turbo-progs" ;;
     photograph) packages="$packages xplanet-images netpbm" ;;
