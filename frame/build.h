@@ -12,6 +12,7 @@
 
 #include <stdint.h>
 
+#include "frame/enabled.h"
 #include "orb90legacy.h"
 
 #ifndef ORB_BUILD
@@ -32,11 +33,6 @@
 #define ORB_SIMD ORB_BUILD_IS(ORB_BUILD)
 
 namespace orb {
-
-// Whether every feature of the mask (frame/cpu.h) is enabled for the selected build. Asked where a
-// build can use more than its class promises. The answer may still be no right after the build was
-// selected, so the road without the feature has to give the same result.
-int32_t orbIsFeatureEnabled(uint32_t low, uint32_t high);
 
 namespace ORB_BUILD {
 

@@ -1,9 +1,9 @@
 // The exports that the frame answers itself.
 #include "frame/dispatch.h"
+#include "frame/enabled.h"
 
 namespace orb {
 
-int32_t orbIsFeatureEnabled(uint32_t low, uint32_t high);
 int32_t orbIsFeatureEnabled(uint32_t low, uint32_t high) {
   return orbIsFeatureEnabled(orbFrameState, low, high);
 }

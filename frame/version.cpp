@@ -2,10 +2,9 @@
 // instructions of their build, and every library holds all of them, however few builds it was made
 // with: they tell which build the processor earns.
 #include "frame/dispatch.h"
+#include "frame/enabled.h"
 
 namespace orb {
-
-int32_t orbIsFeatureEnabled(uint32_t low, uint32_t high);
 
 namespace {
 
