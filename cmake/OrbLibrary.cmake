@@ -14,6 +14,7 @@ set(ORB_FRAME_SOURCES
 set(ORB_ENTRY_SOURCES
     jpeg/color.cpp
     jpeg/dct.cpp
+    jpeg/huffman_progressive.cpp
     jpeg/huffman_sequential.cpp
     jpeg/huffman_tables.cpp
     jpeg/quant.cpp

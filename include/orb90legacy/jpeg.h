@@ -379,6 +379,151 @@ ORB_API OrbStatus ORB_CALL legacy90orbiGetHuffmanStatistics8x8_JPEG_16s_C1(const
                                                                            Orb16s* pLastDC);
 
 /* ------------------------------------------------------------------------------------------------
+ * Progressive Huffman block coding (T.81 annex G)
+ *
+ * Each call codes one block of quantised coefficients, in raster order, for one scan: the DC value
+ * or a band of the AC coefficients without their Al low bits (first), or one more of those bits
+ * (refine). pDst, dstLenBytes, pDstCurrPos, pSrc, srcLenBytes, pSrcCurrPos and pMarker are those of
+ * the ordinary forms of sequential coding, and so are markers, stuffed bytes and lost scans. A band
+ * runs from Ss to Se, positions in zigzag order from 1 to 63 with Ss <= Se. Al goes from 0 to 13.
+ *
+ * Blocks without anything new behind some point are gathered in an end-of-band run. The run, and in
+ * refinement the correction bits of its blocks, stay in the state from one call to the next; so one
+ * state serves one scan of one component from its start to its flush.
+ * ---------------------------------------------------------------------------------------------- */
+
+/* The first scan of DC: encodes the difference between the DC value, shifted right with its sign,
+ * and *pLastDC, and moves *pLastDC to the former before anything is written.
+ *
+ * With bFlush other than 0 the call ends a scan or a restart interval instead: the last byte is
+ * filled up with ones and written, nothing at a byte boundary, and the state is set to the start of
+ * a scan. Only pDst, dstLenBytes, pDstCurrPos and pEncHuffState are looked at.
+ *
+ * Returns orbStsNullPtrErr for pDst, orbStsSizeErr if dstLenBytes < 1, orbStsNullPtrErr for
+ * pDstCurrPos or pEncHuffState; then, without bFlush, orbStsNullPtrErr for pSrc or pLastDC,
+ * orbStsBadArgErr for Al, orbStsNullPtrErr for pDcTable; orbStsJpegBitStreamErr for a difference of
+ * more than 11 bits; orbStsJpegHuffTableErr if its number of bits has no code;
+ * orbStsJpegBufferEndErr if the destination is full.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s dstLenBytes, Orb32s* pDstCurrPos, Orb16s* pLastDC,
+    Orb32u Al, const OrbiEncodeHuffmanSpec* pDcTable, OrbiEncodeHuffmanState* pEncHuffState,
+    Orb32s bFlush);
+
+/* A further scan of DC: writes bit Al of the DC value as it stands, sign and all. bFlush as in the
+ * first scan.
+ *
+ * Returns orbStsNullPtrErr for pDst, orbStsSizeErr if dstLenBytes < 1, orbStsNullPtrErr for
+ * pDstCurrPos or pEncHuffState; then, without bFlush, orbStsNullPtrErr for pSrc, orbStsBadArgErr
+ * for Al; orbStsJpegBufferEndErr if the destination is full.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s dstLenBytes, Orb32s* pDstCurrPos, Orb32u Al,
+    OrbiEncodeHuffmanState* pEncHuffState, Orb32s bFlush);
+
+/* The first scan of a band: encodes the coefficients whose magnitude, shifted right by Al, is not
+ * 0. A block that ends without one joins the end-of-band run, and writes nothing more; a run of
+ * 32767 blocks goes out at once.
+ *
+ * With bFlush other than 0 the call ends a scan or a restart interval instead: the run is written,
+ * then the correction bits that the state may hold, then the last byte as in the DC scans, and the
+ * state is set to the start of a scan. Of the pointers all but pSrc are needed. The status is that
+ * of the last byte alone: failures of what comes before it are not reported.
+ *
+ * A run above 32767, which no calls but failing ones leave, is written in two parts, and fails with
+ * orbStsJpegBitStreamErr if the second has more than 15 bits.
+ *
+ * Returns orbStsNullPtrErr for pDst, orbStsSizeErr if dstLenBytes < 1, orbStsNullPtrErr for
+ * pDstCurrPos, pEncHuffState or pAcTable; then, without bFlush, orbStsNullPtrErr for pSrc,
+ * orbStsBadArgErr for the band or Al; with what came before it written, orbStsJpegBitStreamErr for
+ * a shifted magnitude of more than 11 bits; orbStsJpegHuffTableErr if a symbol has no code;
+ * orbStsJpegBufferEndErr if the destination is full.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s dstLenBytes, Orb32s* pDstCurrPos, Orb32s Ss, Orb32s Se,
+    Orb32u Al, const OrbiEncodeHuffmanSpec* pAcTable, OrbiEncodeHuffmanState* pEncHuffState,
+    Orb32s bFlush);
+
+/* A further scan of a band (T.81 figure G.7): encodes the coefficients whose shifted magnitude is
+ * 1, with their signs, and bit Al of the magnitude of those that were coded before, as correction
+ * bits. The correction bits of the blocks of an end-of-band run are held in the state; the run goes
+ * out with them when it has 32767 blocks or they are 938 or more.
+ *
+ * bFlush and the statuses are as in the first scan, with two differences: there is no limit to a
+ * magnitude, and a flush returns the first failure of all that it writes.
+ *
+ * When a call fails, the state's correction bits are still held if they or the run in front of them
+ * were not written, and are gone if what failed stands behind them.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s dstLenBytes, Orb32s* pDstCurrPos, Orb32s Ss, Orb32s Se,
+    Orb32u Al, const OrbiEncodeHuffmanSpec* pAcTable, OrbiEncodeHuffmanState* pEncHuffState,
+    Orb32s bFlush);
+
+/* Decodes what the encoder of the same name has written. A decoder writes those coefficients only
+ * that its scan has something of, so the host clears the block before its first scan. DC first
+ * stores *pLastDC, moved by the difference and shifted left by Al. DC refine sets bit Al of the DC
+ * value as it stands, or leaves it.
+ *
+ * The state and the position move as in sequential decoding, and a failing call leaves the block as
+ * far as it was decoded.
+ *
+ * Returns orbStsNullPtrErr for pSrc, orbStsSizeErr if srcLenBytes < 1, orbStsNullPtrErr for
+ * pSrcCurrPos, pDst, pLastDC or pMarker, orbStsBadArgErr for Al, orbStsNullPtrErr for pDcTable or
+ * pDecHuffState; then orbStsJpegBufferEndErr if the source is at its end, orbStsJpegBitStreamErr if
+ * no code matches or bits are wanted behind a marker.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(
+    const Orb8u* pSrc, Orb32s srcLenBytes, Orb32s* pSrcCurrPos, Orb16s* pDst, Orb16s* pLastDC,
+    Orb32s* pMarker, Orb32u Al, const OrbiDecodeHuffmanSpec* pDcTable,
+    OrbiDecodeHuffmanState* pDecHuffState);
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(
+    const Orb8u* pSrc, Orb32s srcLenBytes, Orb32s* pSrcCurrPos, Orb16s* pDst, Orb32s* pMarker,
+    Orb32u Al, OrbiDecodeHuffmanState* pDecHuffState);
+
+/* The same for a band. In an end-of-band run AC first takes one from the run and reads nothing; AC
+ * refine still reads the correction bits of the coefficients that are not 0. A correction is
+ * applied only if bit Al of the coefficient as it stands is 0.
+ *
+ * A damaged stream may lead out of the band, but not out of the block. In AC first, a value whose
+ * position is past Se is stored there, one at the positions 64 to 71 replaces the last coefficient,
+ * and beyond them the call fails. In AC refine, a new coefficient that finds no place in the band
+ * is stored behind it, at Se + 1, or replaces the last coefficient if there is none.
+ *
+ * Returns orbStsNullPtrErr for pSrc, orbStsSizeErr if srcLenBytes < 1, orbStsNullPtrErr for
+ * pSrcCurrPos, pDst or pMarker, orbStsBadArgErr for the band or Al, orbStsNullPtrErr for pAcTable
+ * or pDecHuffState; then as the decoders of DC, and in AC first orbStsErr for a position past 71.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(
+    const Orb8u* pSrc, Orb32s srcLenBytes, Orb32s* pSrcCurrPos, Orb16s* pDst, Orb32s* pMarker,
+    Orb32s Ss, Orb32s Se, Orb32u Al, const OrbiDecodeHuffmanSpec* pAcTable,
+    OrbiDecodeHuffmanState* pDecHuffState);
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(
+    const Orb8u* pSrc, Orb32s srcLenBytes, Orb32s* pSrcCurrPos, Orb16s* pDst, Orb32s* pMarker,
+    Orb32s Ss, Orb32s Se, Orb32u Al, const OrbiDecodeHuffmanSpec* pAcTable,
+    OrbiDecodeHuffmanState* pDecHuffState);
+
+/* Adds the symbols that the encoder of the same name would write to the counts of 256 symbols, and
+ * moves the predictor, or the end-of-band run of the state, as it does. DC refine has no symbols.
+ * With bFlush other than 0 the pending run is counted and the state is set to the start of a scan.
+ *
+ * Returns orbStsNullPtrErr for any pointer of DC first, then orbStsBadArgErr for Al; in the AC
+ * forms orbStsNullPtrErr for pAcStatistics or pEncHuffState; then, without bFlush, orbStsNullPtrErr
+ * for pSrc, orbStsBadArgErr for the band or Al. With what came before it counted,
+ * orbStsJpegBitStreamErr for a DC difference of more than 11 bits, a shifted magnitude of more than
+ * 10 in AC first, one bit less than its encoder takes, or for a run of which more than 15 bits are
+ * left behind its first 32767 blocks; with bFlush the state is reset all the same.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(
+    const Orb16s* pSrc, Orb32s* pDcStatistics, Orb16s* pLastDC, Orb32u Al);
+ORB_API OrbStatus ORB_CALL legacy90orbiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(
+    const Orb16s* pSrc, Orb32s* pAcStatistics, Orb32s Ss, Orb32s Se, Orb32u Al,
+    OrbiEncodeHuffmanState* pEncHuffState, Orb32s bFlush);
+ORB_API OrbStatus ORB_CALL legacy90orbiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(
+    const Orb16s* pSrc, Orb32s* pAcStatistics, Orb32s Ss, Orb32s Se, Orb32u Al,
+    OrbiEncodeHuffmanState* pEncHuffState, Orb32s bFlush);
+
+/* ------------------------------------------------------------------------------------------------
  * Colour conversion (JFIF: ITU-T T.871, 7; CMYK and YCCK: T.872)
  *
  * YCbCr is JFIF's: all three components use 0 to 255, and chroma has its zero at 128. No level

@@ -2,64 +2,12 @@
 #ifndef ORB_JPEG_PX_HUFFMAN_SEQUENTIAL_H
 #define ORB_JPEG_PX_HUFFMAN_SEQUENTIAL_H
 
-#include "jpeg/px/huffman_bits.h"
+#include "jpeg/px/huffman_blocks.h"
 #include "jpeg/px/huffman_direct.h"
-#include "jpeg/tables/zigzag.h"
 
 namespace orb::ORB_BUILD::plain {
 
-constexpr Orb32s kZeroRunOf16 = 0xF0;
-constexpr Orb32s kEndOfBlock = 0;
-
 // ---- Encoding
-
-// Bit i is set if the value at raster position i is not 0.
-inline uint64_t nonzeroValues(const Orb16s* block) {
-  alignas(8) Orb8u nonzero[64];
-  for (int i = 0; i < 64; ++i) nonzero[i] = load(block + i) != 0;
-  uint64_t mask = 0;
-  for (int y = 0; y < 8; ++y) {
-    // The multiplication moves byte x to bit x of the top byte.
-    const uint64_t row = load(reinterpret_cast<const uint64_t*>(nonzero + y * 8));
-    mask |= ((row * 0x0102040810204080u) >> 56) << (y * 8);
-  }
-  return mask;
-}
-
-// From raster to zigzag order, without the DC value.
-inline uint64_t zigzagAC(uint64_t mask) {
-  uint64_t zigzag = 0;
-  for (int n = 0; n < 256; n += 16, mask >>= 4) zigzag |= orbZigzagMask[n + (mask & 15)];
-  return zigzag & ~uint64_t{1};
-}
-
-// The number of the lowest bit that is set. On 32 bits the compiler's own is a call into its
-// runtime.
-inline Orb32s lowestBit(uint64_t mask) {
-  if constexpr (sizeof(uintptr_t) == 8) return __builtin_ctzll(mask);
-  const Orb32u low = static_cast<Orb32u>(mask);
-  return low != 0 ? __builtin_ctz(low) : 32 + __builtin_ctz(static_cast<Orb32u>(mask >> 32));
-}
-
-// A difference or coefficient as it is coded: its number of bits, and those bits.
-struct Magnitude {
-  Orb32s category = 0;
-  Orb32u bits = 0;
-};
-[[gnu::always_inline]] inline Magnitude magnitudeOf(Orb32s value) {
-  const Orb32s sign = value >> 31;
-  const Orb32s bits = value + sign;  // one less if negative, which inverts the magnitude
-  const Orb32s category = orbJpegCategory(static_cast<Orb32u>(bits ^ sign));
-  return {category, lowBits(static_cast<Orb32u>(bits), category)};
-}
-
-// The DC difference, with the predictor moved.
-[[gnu::always_inline]] inline Magnitude nextDifference(const Orb16s* block, Orb16s* lastDC) {
-  const Orb16s dc = load(block);
-  const Orb32s difference = dc - load(lastDC);
-  store(lastDC, dc);
-  return magnitudeOf(difference);
-}
 
 // Goes through the symbols of a block with the values behind them: symbols.dc(value), then
 // symbols.ac(symbol, value) for each coefficient other than 0, for each whole 16 of the zeros in
@@ -67,10 +15,11 @@ struct Magnitude {
 template <class Symbols>
 [[gnu::always_inline]] inline OrbStatus forEachSymbol(const Orb16s* block, Orb16s* lastDC,
                                                       Symbols& symbols) {
-  OrbStatus status = symbols.dc(nextDifference(block, lastDC));
+  OrbStatus status = symbols.dc(nextDifference(load(block), lastDC));
   if (status != orbStsNoErr) return status;
   Orb32s previous = 0;
-  for (uint64_t mask = zigzagAC(nonzeroValues(block)); mask != 0; mask &= mask - 1) {
+  const auto isNonzero = [](Orb16s value) { return value != 0; };
+  for (uint64_t mask = zigzagSet(block, isNonzero) & ~uint64_t{1}; mask != 0; mask &= mask - 1) {
     const Orb32s k = lowestBit(mask);
     Orb32s run = k - previous - 1;
     previous = k;
@@ -292,15 +241,6 @@ inline void orbEncodeBlockDirect(const Orb16s* block, Orb8u* dst, Orb32s& bitPos
   store(quarters + 1, {});
   store(quarters + 2, {});
   store(quarters + 3, {});
-}
-
-// Fetches the bits of a value of category `s`.
-template <class Reader>
-[[gnu::always_inline]] inline OrbStatus fetchValue(Reader& reader, Orb32s s, Orb32s& value) {
-  Orb32u raw = 0;
-  const OrbStatus status = fetchBits(reader, s, raw);
-  value = extended(raw, s);
-  return status;
 }
 
 // Decodes a block; stops at the first status other than orbStsNoErr. `position` becomes the number

@@ -1,0 +1,79 @@
+// The coefficients of a block as Huffman coding sees them: what the sequential and the progressive
+// coders share.
+#ifndef ORB_JPEG_PX_HUFFMAN_BLOCKS_H
+#define ORB_JPEG_PX_HUFFMAN_BLOCKS_H
+
+#include "jpeg/px/huffman_bits.h"
+#include "jpeg/tables/zigzag.h"
+
+namespace orb::ORB_BUILD::plain {
+
+constexpr Orb32s kZeroRunOf16 = 0xF0;
+constexpr Orb32s kEndOfBlock = 0;
+
+// ---- Encoding
+
+// Bit i is set if test(value at raster position i).
+template <class Test>
+[[gnu::always_inline]] inline uint64_t rasterSet(const Orb16s* block, Test test) {
+  alignas(8) Orb8u isIn[64];
+  for (int i = 0; i < 64; ++i) isIn[i] = test(load(block + i));
+  uint64_t set = 0;
+  for (int y = 0; y < 8; ++y) {
+    // The multiplication moves byte x to bit x of the top byte.
+    const uint64_t row = load(reinterpret_cast<const uint64_t*>(isIn + y * 8));
+    set |= ((row * 0x0102040810204080u) >> 56) << (y * 8);
+  }
+  return set;
+}
+
+// Bit k is set if test(value at position k of the zigzag order).
+template <class Test>
+[[gnu::always_inline]] inline uint64_t zigzagSet(const Orb16s* block, Test test) {
+  uint64_t raster = rasterSet(block, test);
+  uint64_t zigzag = 0;
+  for (int n = 0; n < 256; n += 16, raster >>= 4) zigzag |= orbZigzagMask[n + (raster & 15)];
+  return zigzag;
+}
+
+// The number of the lowest bit that is set. On 32 bits the compiler's own is a call into its
+// runtime.
+inline Orb32s lowestBit(uint64_t mask) {
+  if constexpr (sizeof(uintptr_t) == 8) return __builtin_ctzll(mask);
+  const Orb32u low = static_cast<Orb32u>(mask);
+  return low != 0 ? __builtin_ctz(low) : 32 + __builtin_ctz(static_cast<Orb32u>(mask >> 32));
+}
+
+// A difference or coefficient as it is coded: its number of bits, and those bits.
+struct Magnitude {
+  Orb32s category = 0;
+  Orb32u bits = 0;
+};
+[[gnu::always_inline]] inline Magnitude magnitudeOf(Orb32s value) {
+  const Orb32s sign = value >> 31;
+  const Orb32s bits = value + sign;  // one less if negative, which inverts the magnitude
+  const Orb32s category = orbJpegCategory(static_cast<Orb32u>(bits ^ sign));
+  return {category, lowBits(static_cast<Orb32u>(bits), category)};
+}
+
+// The DC difference, with the predictor moved.
+[[gnu::always_inline]] inline Magnitude nextDifference(Orb16s dc, Orb16s* lastDC) {
+  const Orb32s difference = dc - load(lastDC);
+  store(lastDC, dc);
+  return magnitudeOf(difference);
+}
+
+// ---- Decoding
+
+// Fetches the bits of a value of category `s`.
+template <class Reader>
+[[gnu::always_inline]] inline OrbStatus fetchValue(Reader& reader, Orb32s s, Orb32s& value) {
+  Orb32u raw = 0;
+  const OrbStatus status = fetchBits(reader, s, raw);
+  value = extended(raw, s);
+  return status;
+}
+
+}  // namespace orb::ORB_BUILD::plain
+
+#endif
