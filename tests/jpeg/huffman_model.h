@@ -83,6 +83,23 @@ inline HuffmanLists randomLists(Random& random, int symbols = 256) {
   return lists;
 }
 
+// Lists with 256 codes, more of some length above 8 than there can be: only decoders take them.
+inline HuffmanLists overfullLists(Random& random) {
+  HuffmanLists lists = randomLists(random, random.between(1, 200));
+  while (lists.vals.size() < 256) {
+    ++lists.bits[random.between<size_t>(8, 15)];
+    lists.vals.push_back(random.any<Orb8u>());
+  }
+  return lists;
+}
+
+// The only codes are those of the symbols given, in this order: 0, 10, 110, ...
+inline HuffmanLists unary(const std::vector<Orb8u>& symbols) {
+  HuffmanLists lists = {std::vector<Orb8u>(16), symbols};
+  for (size_t i = 0; i < symbols.size(); ++i) lists.bits[i] = 1;
+  return lists;
+}
+
 inline std::string binary(int64_t value, int digits) {
   std::string text;
   for (int i = digits - 1; i >= 0; --i) text += value >> i & 1 ? '1' : '0';
@@ -460,6 +477,63 @@ inline std::vector<Orb16s> randomBlock(Random& random, int percent, int bits, in
     if (random.between(1, 100) <= percent) block[i] = any(bits);
   }
   return block;
+}
+
+// Zeros but for the values given, by their places in zigzag order.
+inline std::vector<Orb16s> blockOf(const std::vector<std::pair<int, int>>& zigzagValues) {
+  std::vector<Orb16s> block(64);
+  for (const auto& [k, value] : zigzagValues) {
+    block[static_cast<size_t>(zigzag()[static_cast<size_t>(k)])] = static_cast<Orb16s>(value);
+  }
+  return block;
+}
+
+// ---- Coded data
+
+// The bits given, with zeros behind them.
+inline std::vector<Orb8u> bytesOf(std::string bits) {
+  bits += std::string(64, '0');
+  std::vector<Orb8u> bytes;
+  for (size_t i = 0; i + 8 <= bits.size(); i += 8) {
+    bytes.push_back(static_cast<Orb8u>(number(bits.substr(i, 8))));
+    if (bytes.back() == 255) bytes.push_back(0);
+  }
+  return bytes;
+}
+
+// A scan with some bytes changed, inserted or left out.
+inline std::vector<Orb8u> mutated(std::vector<Orb8u> scan, Random& random) {
+  const int changes = random.between(1, 4);
+  for (int i = 0; i < changes && !scan.empty(); ++i) {
+    const size_t at = random.between<size_t>(0, scan.size() - 1);
+    const auto place = scan.begin() + static_cast<ptrdiff_t>(at);
+    switch (random.between(0, 4)) {
+      case 0:
+        scan[at] = random.any<Orb8u>();
+        break;
+      case 1:
+        scan[at] = 255;
+        break;
+      case 2:
+        scan.erase(place);
+        break;
+      case 3:
+        scan.insert(place, random.extreme<Orb8u>());
+        break;
+      default:
+        scan[at] = static_cast<Orb8u>(scan[at] ^ 1 << random.between(0, 7));
+    }
+  }
+  return scan;
+}
+
+// ---- Records
+
+// Tables and states that are no records, but memory with anything in it.
+template <class Record>
+void fillAny(Record& record, Random& random) {
+  Orb8u* const bytes = reinterpret_cast<Orb8u*>(&record);
+  for (size_t i = 0; i < sizeof record; ++i) bytes[i] = random.any<Orb8u>();
 }
 
 }  // namespace orbtest

@@ -14,17 +14,23 @@
 
 namespace {
 
+using orbtest::blockOf;
+using orbtest::bytesOf;
 using orbtest::Codes;
 using orbtest::codesOf;
 using orbtest::DecoderTable;
 using orbtest::encodeScan;
+using orbtest::fillAny;
 using orbtest::GuardedBytes;
+using orbtest::GuardedSource;
 using orbtest::HuffmanLists;
+using orbtest::mutated;
 using orbtest::Placement;
 using orbtest::Plane;
 using orbtest::Random;
 using orbtest::randomBlock;
 using orbtest::ReaderModel;
+using orbtest::unary;
 using orbtest::WriterModel;
 using orbtest::zigzag;
 
@@ -66,21 +72,6 @@ const Tables& fullTables() {
     return Tables(dc, ac);
   }();
   return tables;
-}
-
-// The only codes are those of the symbols given, in this order: 0, 10, 110, ...
-HuffmanLists unary(std::vector<Orb8u> symbols) {
-  HuffmanLists lists = {std::vector<Orb8u>(16), symbols};
-  for (size_t i = 0; i < symbols.size(); ++i) lists.bits[i] = 1;
-  return lists;
-}
-
-Block blockOf(std::vector<std::pair<int, int>> zigzagValues) {
-  Block block(64);
-  for (const auto& [k, value] : zigzagValues) {
-    block[static_cast<size_t>(zigzag()[static_cast<size_t>(k)])] = static_cast<Orb16s>(value);
-  }
-  return block;
 }
 
 // What a host holds while it encodes: all of it with canaries, at odd addresses.
@@ -430,13 +421,6 @@ ORB_MEANING(orbiEncodeHuffman8x8_JPEG_16s1u_C1, FlushFillsTheLastByteWithOnes) {
   }
 }
 
-// Tables and states that are no records, but memory with anything in it.
-template <class Record>
-void fillAny(Record& record, Random& random) {
-  Orb8u* const bytes = reinterpret_cast<Orb8u*>(&record);
-  for (size_t i = 0; i < sizeof record; ++i) bytes[i] = random.any<Orb8u>();
-}
-
 ORB_AGREEMENT(orbiEncodeHuffman8x8_JPEG_16s1u_C1) {
   for (int round = 0; round < 1000; ++round) {
     const int capacity = random.oneIn(2) ? random.between(1, 300) : random.between(500, 1500);
@@ -635,27 +619,9 @@ ORB_AGREEMENT(orbiEncodeHuffman8x8_Direct_JPEG_16s1u_C1) {
 
 // ---- orbiDecodeHuffman8x8_JPEG_1u16s_C1
 
-// Coded data that ends where memory ends, to be replaced by other data of up to 4096 bytes.
-class Source {
- public:
-  explicit Source(const Bytes& bytes) : memory_(std::max<size_t>(bytes.size(), 4096)) {
-    load(bytes);
-  }
-  void load(const Bytes& bytes) {
-    size_ = static_cast<int>(bytes.size());
-    std::copy(bytes.begin(), bytes.end(), memory_.data() + memory_.size() - size_);
-  }
-  const Orb8u* data() const { return memory_.data() + memory_.size() - size_; }
-  int size() const { return size_; }
-
- private:
-  GuardedBytes memory_;
-  int size_ = 0;
-};
-
 // What a host holds while it decodes.
 struct Decoder {
-  Source src;
+  GuardedSource src;
   Plane<Orb16s> block{64, 1, {0, 1}};
   Plane<Orb32s> position{1, 1, {0, 1}};
   Plane<Orb16s> lastDC{1, 1, {0, 1}};
@@ -795,17 +761,6 @@ ORB_MEANING(orbiDecodeHuffman8x8_JPEG_1u16s_C1, LastPosition) {
   EXPECT_EQ(lastPosition(blockOf({{1, 5}})), 2);
   EXPECT_EQ(lastPosition(blockOf({{40, 5}})), 41);
   EXPECT_EQ(lastPosition(blockOf({{63, 5}})), 64);
-}
-
-// The bits given, with zeros behind them.
-Bytes bytesOf(std::string bits) {
-  bits += std::string(64, '0');
-  Bytes bytes;
-  for (size_t i = 0; i + 8 <= bits.size(); i += 8) {
-    bytes.push_back(static_cast<Orb8u>(orbtest::number(bits.substr(i, 8))));
-    if (bytes.back() == 255) bytes.push_back(0);
-  }
-  return bytes;
 }
 
 // DC: category 0. AC: run 15 of category 1, run 0 of category 1, ZRL, EOB.
@@ -1042,47 +997,14 @@ ORB_MEANING(orbiDecodeHuffman8x8_JPEG_1u16s_C1, OnlyTheLowHalfOfADCSymbolCounts)
   EXPECT_EQ(decoder.block.at(0), 5);
 }
 
-// A scan with some bytes changed, inserted or left out.
-Bytes mutated(Bytes scan, Random& random) {
-  const int changes = random.between(1, 4);
-  for (int i = 0; i < changes && !scan.empty(); ++i) {
-    const size_t at = random.between<size_t>(0, scan.size() - 1);
-    const auto place = scan.begin() + static_cast<ptrdiff_t>(at);
-    switch (random.between(0, 4)) {
-      case 0:
-        scan[at] = random.any<Orb8u>();
-        break;
-      case 1:
-        scan[at] = 255;
-        break;
-      case 2:
-        scan.erase(place);
-        break;
-      case 3:
-        scan.insert(place, random.extreme<Orb8u>());
-        break;
-      default:
-        scan[at] = static_cast<Orb8u>(scan[at] ^ 1 << random.between(0, 7));
-    }
-  }
-  return scan;
-}
-
-// Tables that the decoder takes, many of them overfull or with gaps.
+// Tables that the decoder takes, most of them overfull.
 const std::vector<Tables>& decoderTables() {
   static const std::vector<Tables> all = [] {
     Random random("decoder tables");
     std::vector<Tables> tables = {typicalTables(), fullTables(), runTables()};
     while (tables.size() < 16) {
-      HuffmanLists pair[2];
-      for (HuffmanLists& lists : pair) {
-        lists = orbtest::randomLists(random, random.between(1, 200));
-        for (int extra = 256 - static_cast<int>(lists.vals.size()); extra > 0; --extra) {
-          ++lists.bits[random.between<size_t>(8, 15)];
-          lists.vals.push_back(random.any<Orb8u>());
-        }
-      }
-      tables.emplace_back(pair[0], pair[1]);
+      const HuffmanLists dc = orbtest::overfullLists(random);
+      tables.emplace_back(dc, orbtest::overfullLists(random));
     }
     return tables;
   }();
@@ -1151,7 +1073,7 @@ ORB_AGREEMENT(orbiDecodeHuffman8x8_JPEG_1u16s_C1) {
 
 // What a host holds while it decodes without a state.
 struct DirectDecoder {
-  Source src;
+  GuardedSource src;
   Plane<Orb16s> block{64, 1, {0, 1}};
   Plane<Orb32s> bits{1, 1, {0, 1}};
   Plane<Orb16s> lastDC{1, 1, {0, 1}};

@@ -6,6 +6,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -47,6 +48,25 @@ class GuardedBytes {
   size_t mapped_;
   uint8_t* base_;
   uint8_t* data_;
+};
+
+// Bytes that end where memory ends, to be replaced by others, of up to 4096 bytes at least.
+class GuardedSource {
+ public:
+  explicit GuardedSource(const std::vector<uint8_t>& bytes)
+      : memory_(std::max<size_t>(bytes.size(), 4096)) {
+    load(bytes);
+  }
+  void load(const std::vector<uint8_t>& bytes) {
+    size_ = static_cast<int>(bytes.size());
+    std::copy(bytes.begin(), bytes.end(), memory_.data() + memory_.size() - size_);
+  }
+  const uint8_t* data() const { return memory_.data() + memory_.size() - size_; }
+  int size() const { return size_; }
+
+ private:
+  GuardedBytes memory_;
+  int size_ = 0;
 };
 
 }  // namespace orbtest
