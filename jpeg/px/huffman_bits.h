@@ -54,6 +54,18 @@ struct HuffmanCode {
   return {entry & 65535, static_cast<Orb32s>(entry >> 16)};
 }
 
+// A difference or coefficient as it is coded: its number of bits, and those bits.
+struct Magnitude {
+  Orb32s category = 0;
+  Orb32u bits = 0;
+};
+[[gnu::always_inline]] inline Magnitude magnitudeOf(Orb32s value) {
+  const Orb32s sign = value >> 31;
+  const Orb32s bits = value + sign;  // one less if negative, which inverts the magnitude
+  const Orb32s category = orbJpegCategory(static_cast<Orb32u>(bits ^ sign));
+  return {category, lowBits(static_cast<Orb32u>(bits), category)};
+}
+
 struct BitWriter {
   Orb8u* dst;
   Orb32s length;
@@ -234,6 +246,15 @@ struct FillResult {
   bits = reader.next >> 1 >> (31 - n);
   skipBits(reader, n);
   return orbStsNoErr;
+}
+
+// Fetches the bits of a value of category `s`, at most 15.
+template <class Reader>
+[[gnu::always_inline]] inline OrbStatus fetchValue(Reader& reader, Orb32s s, Orb32s& value) {
+  Orb32u raw = 0;
+  const OrbStatus status = fetchBits(reader, s, raw);
+  value = extended(raw, s);
+  return status;
 }
 
 // The symbol of the code of this length, if there is one: codes of one length are successive.

@@ -1,5 +1,5 @@
-// The coefficients of a block as Huffman coding sees them: what the sequential and the progressive
-// coders share.
+// What the sequential and the progressive coders share: the coefficients of a block as sets, to be
+// gone through in zigzag order, and the symbols that both know.
 #ifndef ORB_JPEG_PX_HUFFMAN_BLOCKS_H
 #define ORB_JPEG_PX_HUFFMAN_BLOCKS_H
 
@@ -10,8 +10,6 @@ namespace orb::ORB_BUILD::plain {
 
 constexpr Orb32s kZeroRunOf16 = 0xF0;
 constexpr Orb32s kEndOfBlock = 0;
-
-// ---- Encoding
 
 // Bit i is set if test(value at raster position i).
 template <class Test>
@@ -44,34 +42,11 @@ inline Orb32s lowestBit(uint64_t mask) {
   return low != 0 ? __builtin_ctz(low) : 32 + __builtin_ctz(static_cast<Orb32u>(mask >> 32));
 }
 
-// A difference or coefficient as it is coded: its number of bits, and those bits.
-struct Magnitude {
-  Orb32s category = 0;
-  Orb32u bits = 0;
-};
-[[gnu::always_inline]] inline Magnitude magnitudeOf(Orb32s value) {
-  const Orb32s sign = value >> 31;
-  const Orb32s bits = value + sign;  // one less if negative, which inverts the magnitude
-  const Orb32s category = orbJpegCategory(static_cast<Orb32u>(bits ^ sign));
-  return {category, lowBits(static_cast<Orb32u>(bits), category)};
-}
-
 // The DC difference, with the predictor moved.
 [[gnu::always_inline]] inline Magnitude nextDifference(Orb16s dc, Orb16s* lastDC) {
   const Orb32s difference = dc - load(lastDC);
   store(lastDC, dc);
   return magnitudeOf(difference);
-}
-
-// ---- Decoding
-
-// Fetches the bits of a value of category `s`.
-template <class Reader>
-[[gnu::always_inline]] inline OrbStatus fetchValue(Reader& reader, Orb32s s, Orb32s& value) {
-  Orb32u raw = 0;
-  const OrbStatus status = fetchBits(reader, s, raw);
-  value = extended(raw, s);
-  return status;
 }
 
 }  // namespace orb::ORB_BUILD::plain

@@ -5,6 +5,7 @@
 #define ORB_TESTS_JPEG_HUFFMAN_MODEL_H
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <map>
@@ -490,9 +491,15 @@ inline std::vector<Orb16s> blockOf(const std::vector<std::pair<int, int>>& zigza
 
 // ---- Coded data
 
+// Bits as a test writes them, with spaces between symbols and values.
+inline std::string bitsIn(std::string text) {
+  text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
+  return text;
+}
+
 // The bits given, with zeros behind them.
-inline std::vector<Orb8u> bytesOf(std::string bits) {
-  bits += std::string(64, '0');
+inline std::vector<Orb8u> bytesOf(const std::string& text) {
+  const std::string bits = bitsIn(text) + std::string(64, '0');
   std::vector<Orb8u> bytes;
   for (size_t i = 0; i + 8 <= bits.size(); i += 8) {
     bytes.push_back(static_cast<Orb8u>(number(bits.substr(i, 8))));
