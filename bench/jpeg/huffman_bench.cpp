@@ -1,30 +1,22 @@
 // Sequential Huffman coding of the blocks of an image, beside libjpeg-turbo's on the same blocks
 // with the same tables. Items are blocks; bytes are those of the coded data.
-// jpeglib.h needs size_t and FILE.
-#include <cstddef>
-#include <cstdio>
-// clang-format off
-#include <jpeglib.h>
-// clang-format on
-
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <random>
 #include <string>
 #include <vector>
 
+#include "bench/jpeg/huffman_blocks.h"
 #include "bench/support/builds.h"
 #include "tests/jpeg/huffman_model.h"
 
 namespace {
 
+using orbbench::blockAt;
+using orbbench::decodeFile;
+using orbbench::encodeFile;
+using orbbench::kBlocks;
+using orbbench::makeBlocks;
 using orbtest::HuffmanLists;
-
-constexpr int kBlocksAcross = 64;
-constexpr int kBlocks = kBlocksAcross * kBlocksAcross;
 
 struct Records {
   alignas(64) Orb8u dcEncoder[1024], acEncoder[1024], dcDecoder[1644], acDecoder[1644];
@@ -49,26 +41,6 @@ struct Records {
     legacy90orbiDecodeHuffmanSpecInit_JPEG_8u(ac.bits.data(), ac.vals.data(), acSymbols());
   }
 };
-
-// Blocks as a photograph has them after quantisation: magnitudes that fall off with the frequency.
-// `amount` is what is left of them: 1 about quality 50, 8 about quality 95.
-std::vector<Orb16s> makeBlocks(double amount) {
-  std::mt19937 random(1);
-  std::vector<Orb16s> blocks(kBlocks * 64);
-  for (int b = 0; b < kBlocks; ++b) {
-    const double busy = amount * std::pow(2.0, static_cast<int>(random() % 5) - 2);
-    for (int i = 0; i < 64; ++i) {
-      const int distance = i / 8 + i % 8;
-      const double scale = i == 0 ? 60 * amount : busy * 6 * std::exp(-0.55 * distance);
-      const double u = (static_cast<double>(random()) + 1) / 4294967297.0;
-      const double magnitude = -scale * std::log(u);
-      const int value = static_cast<int>(std::min(magnitude, 1000.0));
-      blocks[static_cast<size_t>(b * 64 + i)] =
-          static_cast<Orb16s>(random() % 2 == 0 ? value : -value);
-    }
-  }
-  return blocks;
-}
 
 struct Scan {
   std::vector<Orb16s> blocks;
@@ -103,13 +75,6 @@ struct Scan {
 void countWork(benchmark::State& state, const Scan& scan) {
   state.SetItemsProcessed(state.iterations() * kBlocks);
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(scan.bytes.size()));
-}
-
-const Orb16s* blockAt(const std::vector<Orb16s>& blocks, int b) {
-  return blocks.data() + static_cast<ptrdiff_t>(b) * 64;
-}
-Orb16s* blockAt(std::vector<Orb16s>& blocks, int b) {
-  return blocks.data() + static_cast<ptrdiff_t>(b) * 64;
 }
 
 using Build = orbtest::TestBuild;
@@ -206,42 +171,12 @@ void count(benchmark::State& state, const Build& build) {
 
 // libjpeg-turbo codes whole files: a header and the hand-over of blocks are in its time, too.
 
-// A grey file of the blocks.
-std::vector<Orb8u> encodeFile(const Scan& scan) {
-  jpeg_compress_struct info;
-  jpeg_error_mgr errors;
-  info.err = jpeg_std_error(&errors);
-  jpeg_create_compress(&info);
-  unsigned char* memory = nullptr;
-  unsigned long size = 0;
-  jpeg_mem_dest(&info, &memory, &size);
-  info.image_width = info.image_height = kBlocksAcross * 8;
-  info.input_components = 1;
-  info.in_color_space = JCS_GRAYSCALE;
-  jpeg_set_defaults(&info);
-  jvirt_barray_ptr array = info.mem->request_virt_barray(
-      reinterpret_cast<j_common_ptr>(&info), JPOOL_IMAGE, FALSE, kBlocksAcross, kBlocksAcross, 1);
-  info.comp_info[0].width_in_blocks = info.comp_info[0].height_in_blocks = kBlocksAcross;
-  jpeg_write_coefficients(&info, &array);
-  for (int y = 0; y < kBlocksAcross; ++y) {
-    JBLOCKARRAY rows = info.mem->access_virt_barray(reinterpret_cast<j_common_ptr>(&info), array,
-                                                    static_cast<JDIMENSION>(y), 1, TRUE);
-    std::memcpy(rows[0], blockAt(scan.blocks, y * kBlocksAcross),
-                kBlocksAcross * 64 * sizeof(Orb16s));
-  }
-  jpeg_finish_compress(&info);
-  jpeg_destroy_compress(&info);
-  std::vector<Orb8u> file(memory, memory + size);
-  std::free(memory);
-  return file;
-}
-
 template <const Scan& makeScan()>
 void encodeTheirs(benchmark::State& state) {
   const Scan& scan = makeScan();
   size_t size = 0;
-  for (auto _ : state) size = encodeFile(scan).size();
-  const std::vector<Orb8u> file = encodeFile(scan);
+  for (auto _ : state) size = encodeFile(scan.blocks).size();
+  const std::vector<Orb8u> file = encodeFile(scan.blocks);
   if (size < scan.bytes.size() ||
       !std::equal(scan.bytes.rbegin(), scan.bytes.rend(), file.rbegin())) {
     state.SkipWithError("encoded other bytes");
@@ -252,18 +187,8 @@ void encodeTheirs(benchmark::State& state) {
 template <const Scan& makeScan()>
 void decodeTheirs(benchmark::State& state) {
   const Scan& scan = makeScan();
-  const std::vector<Orb8u> file = encodeFile(scan);
-  for (auto _ : state) {
-    jpeg_decompress_struct info;
-    jpeg_error_mgr errors;
-    info.err = jpeg_std_error(&errors);
-    jpeg_create_decompress(&info);
-    jpeg_mem_src(&info, file.data(), file.size());
-    jpeg_read_header(&info, TRUE);
-    benchmark::DoNotOptimize(jpeg_read_coefficients(&info));
-    jpeg_finish_decompress(&info);
-    jpeg_destroy_decompress(&info);
-  }
+  const std::vector<Orb8u> file = encodeFile(scan.blocks);
+  for (auto _ : state) decodeFile(file);
   countWork(state, scan);
 }
 
