@@ -29,8 +29,8 @@ OrbStatus ORB_CALL orbiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(
   if (!pSrc || !pLastDC) return orbStsNullPtrErr;
   if (!isShift(Al)) return orbStsBadArgErr;
   if (!pDcTable) return orbStsNullPtrErr;
-  const OrbStatus status = kernel::orbCodeDCFirst(pSrc, static_cast<Orb32s>(Al), pLastDC,
-                                                  kernel::ProgressiveWriter{writer, pDcTable});
+  const OrbStatus status =
+      kernel::orbEncodeDCFirst(pSrc, static_cast<Orb32s>(Al), pLastDC, *pDcTable, writer);
   writer.close(pDstCurrPos, *pEncHuffState);
   return status;
 }
@@ -58,15 +58,15 @@ OrbStatus ORB_CALL orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(
   if (dstLenBytes < 1) return orbStsSizeErr;
   if (!pDstCurrPos || !pEncHuffState || !pAcTable) return orbStsNullPtrErr;
   kernel::BitWriter writer(pDst, dstLenBytes, pDstCurrPos, *pEncHuffState);
-  kernel::ProgressiveWriter sink = {writer, pAcTable};
   if (bFlush != 0) {
     // A failure of what is pending does not come out of this form.
-    kernel::orbEmitPending(*pEncHuffState, sink);
+    kernel::orbEncodePending(*pAcTable, *pEncHuffState, writer);
     return kernel::orbFlushBits(writer, pDstCurrPos, *pEncHuffState);
   }
   if (!pSrc) return orbStsNullPtrErr;
   if (!isBand(Ss, Se, Al)) return orbStsBadArgErr;
-  const OrbStatus status = kernel::orbCodeACFirst(pSrc, bandOf(Ss, Se, Al), *pEncHuffState, sink);
+  const OrbStatus status =
+      kernel::orbEncodeACFirst(pSrc, bandOf(Ss, Se, Al), *pAcTable, *pEncHuffState, writer);
   writer.close(pDstCurrPos, *pEncHuffState);
   return status;
 }
@@ -79,15 +79,15 @@ OrbStatus ORB_CALL orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(
   if (dstLenBytes < 1) return orbStsSizeErr;
   if (!pDstCurrPos || !pEncHuffState || !pAcTable) return orbStsNullPtrErr;
   kernel::BitWriter writer(pDst, dstLenBytes, pDstCurrPos, *pEncHuffState);
-  kernel::ProgressiveWriter sink = {writer, pAcTable};
   if (bFlush != 0) {
-    const OrbStatus pending = kernel::orbEmitPending(*pEncHuffState, sink);
+    const OrbStatus pending = kernel::orbEncodePending(*pAcTable, *pEncHuffState, writer);
     const OrbStatus last = kernel::orbFlushBits(writer, pDstCurrPos, *pEncHuffState);
     return pending != orbStsNoErr ? pending : last;
   }
   if (!pSrc) return orbStsNullPtrErr;
   if (!isBand(Ss, Se, Al)) return orbStsBadArgErr;
-  const OrbStatus status = kernel::orbCodeACRefine(pSrc, bandOf(Ss, Se, Al), *pEncHuffState, sink);
+  const OrbStatus status =
+      kernel::orbEncodeACRefine(pSrc, bandOf(Ss, Se, Al), *pAcTable, *pEncHuffState, writer);
   writer.close(pDstCurrPos, *pEncHuffState);
   return status;
 }
@@ -171,8 +171,8 @@ OrbStatus ORB_CALL orbiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const Orb16s*
                                                                    Orb16s* pLastDC, Orb32u Al) {
   if (!pSrc || !pDcStatistics || !pLastDC) return orbStsNullPtrErr;
   if (!isShift(Al)) return orbStsBadArgErr;
-  return kernel::orbCodeDCFirst(pSrc, static_cast<Orb32s>(Al), pLastDC,
-                                kernel::ProgressiveCounter{pDcStatistics});
+  kernel::ProgressiveCounter counter = {pDcStatistics};
+  return kernel::orbCodeDCFirst(pSrc, static_cast<Orb32s>(Al), pLastDC, counter);
 }
 
 // Counts the pending run, and sets the state to the start of a scan whether or not it can be coded.

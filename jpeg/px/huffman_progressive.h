@@ -3,6 +3,7 @@
 #define ORB_JPEG_PX_HUFFMAN_PROGRESSIVE_H
 
 #include "jpeg/px/huffman_blocks.h"
+#include "jpeg/px/huffman_output.h"
 
 namespace orb::ORB_BUILD::plain {
 
@@ -19,69 +20,69 @@ constexpr Orb32s kRoomForCorrectionBits = sizeof(OrbiEncodeHuffmanState::correct
 
 // ---- Encoding and counting
 //
-// Both are one walk through the symbols of a block with the bits behind them, and differ in the
-// sink that it hands them to: sink.symbol(symbol), sink.bits(value, length),
-// sink.correctionBits(bits, count). It stops at the first status other than orbStsNoErr.
+// Both are one walk through the symbols of a block with the values behind them, and differ in the
+// sink that it hands them to: sink.put(symbol, value), and sink.putEach(bits, count) for correction
+// bits. It stops at the first status other than orbStsNoErr.
 
-struct ProgressiveWriter {
-  BitWriter& writer;
-  const OrbiEncodeHuffmanSpec* table;  // null where there are no symbols
+template <class Output>
+struct ProgressiveEncoder {
+  const OrbiEncodeHuffmanSpec& table;
+  Output out;
   static constexpr Orb32s kMostBitsAC = 11;
+  static constexpr OrbStatus kNoBits = orbStsJpegHuffTableErr;  // a value of no bits is a fault
 
-  OrbStatus symbol(Orb32s symbol) {
-    const HuffmanCode code = codeOf(*table, symbol);
-    return orbJpegPutBits(writer, code.bits, code.length);
+  [[gnu::always_inline]] OrbStatus put(Orb32s symbol, Magnitude value) {
+    return out.put(codeOf(table, symbol), value);
   }
-  OrbStatus bits(Orb32u value, Orb32s length) { return orbJpegPutBits(writer, value, length); }
-  OrbStatus correctionBits(const Orb8u* bits, Orb32s count) {
-    for (Orb32s i = 0; i < count; ++i) {
-      const OrbStatus status = orbJpegPutBits(writer, bits[i], 1);
-      if (status != orbStsNoErr) return status;
-    }
-    return orbStsNoErr;
+  [[gnu::always_inline]] OrbStatus putEach(const Orb8u* bits, Orb32s count) {
+    return out.putEach(bits, count);
   }
 };
 
 struct ProgressiveCounter {
   Orb32s* statistics;
   static constexpr Orb32s kMostBitsAC = 10;
+  static constexpr OrbStatus kNoBits = orbStsNoErr;
 
-  OrbStatus symbol(Orb32s symbol) {
+  [[gnu::always_inline]] OrbStatus put(Orb32s symbol, Magnitude) {
     store(statistics + symbol, load(statistics + symbol) + 1);
     return orbStsNoErr;
   }
-  OrbStatus bits(Orb32u, Orb32s) { return orbStsNoErr; }
-  OrbStatus correctionBits(const Orb8u*, Orb32s) { return orbStsNoErr; }
+  OrbStatus putEach(const Orb8u*, Orb32s) { return orbStsNoErr; }
 };
 
 template <class Sink>
-OrbStatus orbCodeDCFirst(const Orb16s* block, Orb32s shift, Orb16s* lastDC, Sink sink) {
+OrbStatus orbCodeDCFirst(const Orb16s* block, Orb32s shift, Orb16s* lastDC, Sink& sink) {
   const Magnitude value = nextDifference(wrap16s(load(block) >> shift), lastDC);
-  if (value.category > 11) return orbStsJpegBitStreamErr;
-  const OrbStatus status = sink.symbol(value.category);
-  if (status != orbStsNoErr || value.category == 0) return status;
-  return sink.bits(value.bits, value.category);
+  return value.category > 11 ? orbStsJpegBitStreamErr : sink.put(value.category, value);
+}
+
+// An end-of-band run of 2 to 32767 blocks, as a symbol and the bits below its highest.
+template <class Sink>
+[[gnu::always_inline]] inline OrbStatus putRun(Orb32s category, Orb32s run, Sink& sink) {
+  return sink.put(category << 4, {category, lowBits(static_cast<Orb32u>(run), category)});
 }
 
 // The pending end-of-band run. It stays pending, or what is left of it does, if this fails.
 template <class Sink>
-OrbStatus orbJpegEmitEobRun(OrbiEncodeHuffmanState& state, Sink& sink) {
+[[gnu::always_inline]] inline OrbStatus orbJpegEmitEobRun(OrbiEncodeHuffmanState& state,
+                                                          Sink& sink) {
   if (state.eobRun == 0) return orbStsNoErr;
   OrbStatus status = orbStsNoErr;
   if (state.eobRun == 1) {
-    status = sink.symbol(kEndOfBlock);
+    status = sink.put(kEndOfBlock, {});
   } else {
     if (state.eobRun > kLongestRun) {
-      status = sink.symbol(14 << 4);
-      if (status == orbStsNoErr) status = sink.bits(state.eobRun, 14);
+      status = putRun(14, state.eobRun, sink);
       if (status != orbStsNoErr) return status;
       state.eobRun -= kLongestRun;
     }
     // A negative run, of a damaged state, is too long as well.
     if (static_cast<Orb32u>(state.eobRun) > kLongestRun) return orbStsJpegBitStreamErr;
-    const Orb32s n = orbJpegCategory(state.eobRun) - 1;
-    status = sink.symbol(n << 4);
-    if (status == orbStsNoErr) status = sink.bits(state.eobRun, n);
+    const Orb32s category = orbJpegCategory(static_cast<Orb32u>(state.eobRun)) - 1;
+    status = putRun(category, state.eobRun, sink);
+    // Of a run above 32767 there may be 1 left.
+    if (status == orbStsNoErr && category == 0) status = Sink::kNoBits;
   }
   if (status == orbStsNoErr) state.eobRun = 0;
   return status;
@@ -89,18 +90,21 @@ OrbStatus orbJpegEmitEobRun(OrbiEncodeHuffmanState& state, Sink& sink) {
 
 // The pending run and the correction bits of its blocks.
 template <class Sink>
-OrbStatus orbEmitPending(OrbiEncodeHuffmanState& state, Sink& sink) {
+[[gnu::always_inline]] inline OrbStatus orbEmitPending(OrbiEncodeHuffmanState& state, Sink& sink) {
   OrbStatus status = orbJpegEmitEobRun(state, sink);
   if (status != orbStsNoErr) return status;
-  status = sink.correctionBits(state.correctionBits,
-                               limit(state.correctionCount, 0, kRoomForCorrectionBits));
+  status =
+      sink.putEach(state.correctionBits, limit(state.correctionCount, 0, kRoomForCorrectionBits));
   if (status == orbStsNoErr) state.correctionCount = 0;
   return status;
 }
 
-// The positions of a band, as a set.
-inline uint64_t positionsOf(Band band) {
-  return ~uint64_t{0} >> (63 - band.last) & ~uint64_t{0} << band.first;
+// The coefficients of the band whose magnitude is `1 << shift` or more.
+inline uint64_t codedSet(const Orb16s* block, Band band) {
+  const uint64_t positions = ~uint64_t{0} >> (63 - band.last) & ~uint64_t{0} << band.first;
+  const Orb16u most = wrap16u((1 << band.shift) - 1);
+  return positions &
+         zigzagSet(block, [=](Orb16s value) { return wrap16u(value + most) > wrap16u(2 * most); });
 }
 
 // A coefficient of 16 bits without its sign and its low bits.
@@ -109,26 +113,24 @@ inline Orb32s shiftedMagnitude(Orb16s value, Orb32s shift) {
 }
 
 template <class Sink>
-OrbStatus orbCodeACFirst(const Orb16s* block, Band band, OrbiEncodeHuffmanState& state, Sink sink) {
-  const uint64_t coded =
-      zigzagSet(block, [=](Orb16s value) { return shiftedMagnitude(value, band.shift) != 0; });
+[[gnu::always_inline]] inline OrbStatus orbCodeACFirst(const Orb16s* block, Band band,
+                                                       OrbiEncodeHuffmanState& state, Sink& sink) {
   Orb32s previous = band.first - 1;
-  for (uint64_t rest = coded & positionsOf(band); rest != 0; rest &= rest - 1) {
+  for (uint64_t rest = codedSet(block, band); rest != 0; rest &= rest - 1) {
     const Orb32s k = lowestBit(rest);
     Orb32s run = k - previous - 1;
     previous = k;
     OrbStatus status = orbJpegEmitEobRun(state, sink);
     if (status != orbStsNoErr) return status;
     for (; run > 15; run -= 16) {
-      status = sink.symbol(kZeroRunOf16);
+      status = sink.put(kZeroRunOf16, {});
       if (status != orbStsNoErr) return status;
     }
     const Orb16s coefficient = load(block + orbZigzagNatural[k]);
     const Orb32s magnitude = shiftedMagnitude(coefficient, band.shift);
     const Magnitude value = magnitudeOf(coefficient < 0 ? -magnitude : magnitude);
     if (value.category > Sink::kMostBitsAC) return orbStsJpegBitStreamErr;
-    status = sink.symbol(run * 16 + value.category);
-    if (status == orbStsNoErr) status = sink.bits(value.bits, value.category);
+    status = sink.put(run * 16 + value.category, value);
     if (status != orbStsNoErr) return status;
   }
   if (previous == band.last) return orbStsNoErr;
@@ -136,56 +138,104 @@ OrbStatus orbCodeACFirst(const Orb16s* block, Band band, OrbiEncodeHuffmanState&
   return state.eobRun == kLongestRun ? orbJpegEmitEobRun(state, sink) : orbStsNoErr;
 }
 
+// The last of a set of coefficients to be coded for the first time: its shifted magnitude is 1. 0
+// if there is none.
+inline Orb32s lastNewPosition(const Orb16s* block, uint64_t coded, Orb32s shift) {
+  for (; coded != 0; coded ^= uint64_t{1} << highestBit(coded)) {
+    const Orb32s k = highestBit(coded);
+    if (shiftedMagnitude(load(block + orbZigzagNatural[k]), shift) == 1) return k;
+  }
+  return 0;
+}
+
 template <class Sink>
-OrbStatus orbCodeACRefine(const Orb16s* block, Band band, OrbiEncodeHuffmanState& state,
-                          Sink sink) {
-  const auto magnitudeAt = [=](Orb32s k) {
-    return shiftedMagnitude(load(block + orbZigzagNatural[k]), band.shift);
-  };
-  const uint64_t positions = positionsOf(band);
-  const uint64_t nonzero = positions & zigzagSet(block, [=](Orb16s value) {
-                             return shiftedMagnitude(value, band.shift) != 0;
-                           });
-  const uint64_t fresh = positions & zigzagSet(block, [=](Orb16s value) {
-                           return shiftedMagnitude(value, band.shift) == 1;
-                         });
+[[gnu::always_inline]] inline OrbStatus orbCodeACRefine(const Orb16s* block, Band band,
+                                                        OrbiEncodeHuffmanState& state, Sink& sink) {
+  const uint64_t coded = codedSet(block, band);
+  const Orb32s lastNew = lastNewPosition(block, coded, band.shift);
   // The correction bits of this block since its last symbol.
   Orb8u corrections[63];
   Orb32s count = 0;
   Orb32s run = 0;
   Orb32s previous = band.first - 1;
-  for (uint64_t rest = nonzero; rest != 0; rest &= rest - 1) {
+  for (uint64_t rest = coded; rest != 0; rest &= rest - 1) {
     const Orb32s k = lowestBit(rest);
     run += k - previous - 1;
     previous = k;
     // Runs of 16 zeros go out only in front of a new coefficient; behind the last one they belong
     // to the end of the band.
-    for (; run > 15 && fresh >> k != 0; run -= 16) {
+    for (; run > 15 && k <= lastNew; run -= 16) {
       OrbStatus status = orbEmitPending(state, sink);
-      if (status == orbStsNoErr) status = sink.symbol(kZeroRunOf16);
-      if (status == orbStsNoErr) status = sink.correctionBits(corrections, count);
+      if (status == orbStsNoErr) status = sink.put(kZeroRunOf16, {});
+      if (status == orbStsNoErr) status = sink.putEach(corrections, count);
       if (status != orbStsNoErr) return status;
       count = 0;
     }
-    if ((fresh >> k & 1) == 0) {
-      corrections[count++] = magnitudeAt(k) & 1;
+    const Orb16s coefficient = load(block + orbZigzagNatural[k]);
+    const Orb32s magnitude = shiftedMagnitude(coefficient, band.shift);
+    if (magnitude > 1) {
+      corrections[count++] = magnitude & 1;
       continue;
     }
     OrbStatus status = orbEmitPending(state, sink);
-    if (status == orbStsNoErr) status = sink.symbol(run * 16 + 1);
-    if (status == orbStsNoErr) status = sink.bits(load(block + orbZigzagNatural[k]) >= 0, 1);
-    if (status == orbStsNoErr) status = sink.correctionBits(corrections, count);
+    if (status == orbStsNoErr) status = sink.put(run * 16 + 1, {1, coefficient >= 0});
+    if (status == orbStsNoErr) status = sink.putEach(corrections, count);
     if (status != orbStsNoErr) return status;
     count = 0;
     run = 0;
   }
   if (previous == band.last && run == 0 && count == 0) return orbStsNoErr;
   state.eobRun += 1;
-  Orb32s held = limit<Orb32s>(state.correctionCount, 0, kRoomForCorrectionBits - 63);
+  Orb32s held = limit(state.correctionCount, 0, kRoomForCorrectionBits - 63);
   for (Orb32s i = 0; i < count; ++i) state.correctionBits[held++] = corrections[i];
   state.correctionCount = held;
   if (state.eobRun != kLongestRun && held <= kMostCorrectionBits) return orbStsNoErr;
   return orbEmitPending(state, sink);
+}
+
+// What a call puts at most: values of 16 bits with codes of 16 for a whole block, and the bits
+// held.
+constexpr Orb32s kMostBytesOfBand = (64 * 32 + kRoomForCorrectionBits) / 8;
+
+// Encodes by walk(sink), without a test on the way if there is room for whatever it puts.
+template <class Walk>
+inline OrbStatus encodeProgressive(BitWriter& writer, const OrbiEncodeHuffmanSpec& table,
+                                   Walk walk) {
+  if (!hasRoomFor(writer, kMostBytesOfBand)) {
+    ProgressiveEncoder<BoundedOutput> encoder = {table, {writer}};
+    return walk(encoder);
+  }
+  Orb8u bytes[kMostBytesOfBand + kBytesBehindBits];
+  ProgressiveEncoder<StrictOutput> encoder = {table, {gatherBits(writer, bytes)}};
+  const OrbStatus status = walk(encoder);
+  putGathered(writer, encoder.out.bits, bytes);
+  return status;
+}
+
+inline OrbStatus orbEncodeDCFirst(const Orb16s* block, Orb32s shift, Orb16s* lastDC,
+                                  const OrbiEncodeHuffmanSpec& table, BitWriter& writer) {
+  ProgressiveEncoder<BoundedOutput> encoder = {table, {writer}};
+  return orbCodeDCFirst(block, shift, lastDC, encoder);
+}
+
+inline OrbStatus orbEncodeACFirst(const Orb16s* block, Band band,
+                                  const OrbiEncodeHuffmanSpec& table, OrbiEncodeHuffmanState& state,
+                                  BitWriter& writer) {
+  return encodeProgressive(
+      writer, table, [&](auto& encoder) { return orbCodeACFirst(block, band, state, encoder); });
+}
+
+inline OrbStatus orbEncodeACRefine(const Orb16s* block, Band band,
+                                   const OrbiEncodeHuffmanSpec& table,
+                                   OrbiEncodeHuffmanState& state, BitWriter& writer) {
+  return encodeProgressive(
+      writer, table, [&](auto& encoder) { return orbCodeACRefine(block, band, state, encoder); });
+}
+
+inline OrbStatus orbEncodePending(const OrbiEncodeHuffmanSpec& table, OrbiEncodeHuffmanState& state,
+                                  BitWriter& writer) {
+  ProgressiveEncoder<BoundedOutput> encoder = {table, {writer}};
+  return orbEmitPending(state, encoder);
 }
 
 // ---- Decoding

@@ -4,6 +4,7 @@
 
 #include "jpeg/px/huffman_blocks.h"
 #include "jpeg/px/huffman_direct.h"
+#include "jpeg/px/huffman_output.h"
 
 namespace orb::ORB_BUILD::plain {
 
@@ -73,100 +74,8 @@ inline OrbStatus orbCountBlock(const Orb16s* block, Orb32s* dcStatistics, Orb32s
   return forEachSymbol(block, lastDC, counter);
 }
 
-// Tests every byte for room.
-struct BoundedOutput {
-  BitWriter& writer;
-
-  OrbStatus put(HuffmanCode code, Magnitude value) {
-    const OrbStatus status = orbJpegPutBits(writer, code.bits, code.length);
-    if (status != orbStsNoErr || value.category == 0) return status;
-    return orbJpegPutBits(writer, value.bits, value.category);
-  }
-};
-
-// What a block takes at most: 64 codes and values of 16 bits each, and twice as much if every byte
-// is 255.
-constexpr Orb32s kMostBytesOfBits = 64 * 32 / 8;
-constexpr Orb32s kMostBytesOfBlock = 2 * kMostBytesOfBits;
-constexpr Orb32s kRoomOfBits = kMostBytesOfBits + 8;
-
-// Gathers the bits of one block, to be stuffed when they are complete.
-struct BlockBits {
-  using Word = uintptr_t;
-  static constexpr Orb32s kWordBits = sizeof(Word) * 8;
-
-  Orb8u* at;
-  Word bits;  // the low `count` bits, which is fewer than a word has
-  Orb32s count;
-
-  [[gnu::always_inline]] void storeWord(Word word) {
-    if constexpr (sizeof(Word) == 8) {
-      store(reinterpret_cast<Word*>(at), static_cast<Word>(__builtin_bswap64(word)));
-    } else {
-      store(reinterpret_cast<Word*>(at), static_cast<Word>(__builtin_bswap32(word)));
-    }
-  }
-  // The value has no other bits than its low `n`, at most half a word.
-  [[gnu::always_inline]] void putField(Word value, Orb32s n) {
-    count += n;
-    if (count < kWordBits) {
-      bits = bits << n | value;
-      return;
-    }
-    count -= kWordBits;
-    storeWord(bits << (n - count) | value >> count);
-    at += sizeof(Word);
-    bits = value;
-  }
-  [[gnu::always_inline]] void put(HuffmanCode code, Magnitude value) {
-    if constexpr (sizeof(Word) == 8) {
-      putField(static_cast<Word>(code.bits) << value.category | value.bits,
-               code.length + value.category);
-    } else {
-      putField(code.bits, code.length);
-      putField(value.bits, value.category);
-    }
-  }
-  // Stores what there is. Leaves the bits behind the last whole byte, 0 to 7, in the low bits.
-  [[gnu::always_inline]] void finish() {
-    storeWord(bits << 1 << (kWordBits - 1 - count));
-    at += count >> 3;
-    count &= 7;
-    bits = lowBits(static_cast<Orb32u>(bits), count);
-  }
-};
-
-// Copies bytes, with a 0 behind each 255. Returns the end of the copy.
-inline Orb8u* copyStuffed(const Orb8u* from, const Orb8u* end, Orb8u* dst) {
-  using Word = uintptr_t;
-  constexpr ptrdiff_t kWordBytes = sizeof(Word);
-  for (;;) {
-    for (; end - from >= kWordBytes; from += kWordBytes, dst += kWordBytes) {
-      const Word word = load(reinterpret_cast<const Word*>(from));
-      if (hasByte255(word)) break;
-      store(reinterpret_cast<Word*>(dst), word);
-    }
-    if (from == end) return dst;
-    // Up to the first byte of 255, or the rest.
-    Orb8u byte;
-    do {
-      byte = *from++;
-      *dst++ = byte;
-    } while (byte != 255 && from != end);
-    if (byte == 255) *dst++ = 0;
-  }
-}
-
-// Fails for a symbol that has no code.
-struct StrictOutput {
-  BlockBits bits;
-
-  [[gnu::always_inline]] OrbStatus put(HuffmanCode code, Magnitude value) {
-    if (code.length == 0) return orbStsJpegHuffTableErr;
-    bits.put(code, value);
-    return orbStsNoErr;
-  }
-};
+// What a block takes at most: 64 codes and values of 16 bits each.
+constexpr Orb32s kMostBytesOfBlock = 64 * 32 / 8;
 
 // Leaves out the codes of symbols that have none.
 struct LenientOutput {
@@ -190,21 +99,13 @@ struct LenientOutput {
 inline OrbStatus orbEncodeBlock(const Orb16s* block, Orb16s* lastDC,
                                 const OrbiEncodeHuffmanSpec& dcTable,
                                 const OrbiEncodeHuffmanSpec& acTable, BitWriter& writer) {
-  if (static_cast<Orb32u>(writer.bitCount) > 7 || !isWithin(writer.position, writer.length) ||
-      writer.length - writer.position < kMostBytesOfBlock) {
+  if (!hasRoomFor(writer, kMostBytesOfBlock)) {
     return encodeBlockBounded(block, lastDC, dcTable, acTable, writer);
   }
-  Orb8u bytes[kRoomOfBits];
-  SymbolEncoder<StrictOutput> encoder = {
-      dcTable, acTable, {{bytes, writer.bitBuffer >> (24 - writer.bitCount), writer.bitCount}}};
+  Orb8u bytes[kMostBytesOfBlock + kBytesBehindBits];
+  SymbolEncoder<StrictOutput> encoder = {dcTable, acTable, {gatherBits(writer, bytes)}};
   const OrbStatus status = forEachSymbol(block, lastDC, encoder);
-  BlockBits bits = encoder.out.bits;
-  bits.finish();
-  Orb8u* const start = writer.dst + writer.position;
-  writer.position += static_cast<Orb32s>(copyStuffed(bytes, bits.at, start) - start);
-  const Orb32u lastByte = bits.at != bytes ? bits.at[-1] : writer.bitBuffer >> 24;
-  writer.bitBuffer = lastByte << 24 | static_cast<Orb32u>(bits.bits) << (24 - bits.count);
-  writer.bitCount = bits.count;
+  putGathered(writer, encoder.out.bits, bytes);
   return status;
 }
 
@@ -213,7 +114,7 @@ inline void orbEncodeBlockDirect(const Orb16s* block, Orb8u* dst, Orb32s& bitPos
                                  const OrbiEncodeHuffmanSpec& acTable) {
   Orb8u* const start = dst + (bitPosition >> 3);
   const Orb32s begun = bitPosition & 7;
-  Orb8u bytes[kRoomOfBits];
+  Orb8u bytes[kMostBytesOfBlock + kBytesBehindBits];
   SymbolEncoder<LenientOutput> encoder = {
       dcTable,
       acTable,
