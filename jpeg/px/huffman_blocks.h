@@ -42,13 +42,6 @@ inline Orb32s lowestBit(uint64_t mask) {
   return low != 0 ? __builtin_ctz(low) : 32 + __builtin_ctz(static_cast<Orb32u>(mask >> 32));
 }
 
-// The number of the highest bit that is set.
-inline Orb32s highestBit(uint64_t mask) {
-  if constexpr (sizeof(uintptr_t) == 8) return 63 - __builtin_clzll(mask);
-  const Orb32u high = static_cast<Orb32u>(mask >> 32);
-  return high != 0 ? 63 - __builtin_clz(high) : 31 - __builtin_clz(static_cast<Orb32u>(mask));
-}
-
 // The DC difference, with the predictor moved.
 [[gnu::always_inline]] inline Magnitude nextDifference(Orb16s dc, Orb16s* lastDC) {
   const Orb32s difference = dc - load(lastDC);

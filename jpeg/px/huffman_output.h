@@ -127,12 +127,13 @@ struct StrictOutput {
     return orbStsNoErr;
   }
   [[gnu::always_inline]] OrbStatus putEach(const Orb8u* values, Orb32s count) {
-    constexpr Orb32s kMost = BlockBits::kWordBits / 2;
-    for (; count > 0; values += kMost, count -= kMost) {
-      const Orb32s n = count < kMost ? count : kMost;
-      BlockBits::Word field = 0;
-      for (Orb32s i = 0; i < n; ++i) field = field << 1 | (values[i] & 1);
-      bits.putField(field, n);
+    constexpr uint64_t kLowBits = 0x0101010101010101;
+    for (; count > 0; values += 8, count -= 8) {
+      // The multiplication moves byte x to bit 7 - x of the top byte.
+      const uint64_t eight = load(reinterpret_cast<const uint64_t*>(values)) & kLowBits;
+      const Orb32u field = static_cast<Orb32u>((eight * 0x8040201008040201u) >> 56);
+      const Orb32s n = count < 8 ? count : 8;
+      bits.putField(field >> (8 - n), n);
     }
     return orbStsNoErr;
   }

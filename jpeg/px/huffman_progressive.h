@@ -138,56 +138,73 @@ template <class Sink>
   return state.eobRun == kLongestRun ? orbJpegEmitEobRun(state, sink) : orbStsNoErr;
 }
 
-// The last of a set of coefficients to be coded for the first time: its shifted magnitude is 1. 0
-// if there is none.
-inline Orb32s lastNewPosition(const Orb16s* block, uint64_t coded, Orb32s shift) {
-  for (; coded != 0; coded ^= uint64_t{1} << highestBit(coded)) {
-    const Orb32s k = highestBit(coded);
-    if (shiftedMagnitude(load(block + orbZigzagNatural[k]), shift) == 1) return k;
+// The coefficients of a band that are coded, in order.
+struct CodedCoefficients {
+  Orb8u position[63];
+  Orb8u lowBit[64 + 8];  // of the shifted magnitude
+  Orb32s count = 0;
+  Orb8u newOnes[63];  // the numbers of those that no earlier scan has coded
+  Orb32s newCount = 0;
+
+  CodedCoefficients(const Orb16s* block, Band band) {
+    for (uint64_t rest = codedSet(block, band); rest != 0; rest &= rest - 1) {
+      const Orb32s k = lowestBit(rest);
+      const Orb32s magnitude = shiftedMagnitude(load(block + orbZigzagNatural[k]), band.shift);
+      // Both lists are written in any case: which one counts is as good as random.
+      newOnes[newCount] = wrap8u(count);
+      newCount += magnitude == 1;
+      position[count] = wrap8u(k);
+      lowBit[count++] = magnitude & 1;
+    }
   }
-  return 0;
+};
+
+// A symbol behind what is pending, and correction bits behind the symbol.
+template <class Sink>
+[[gnu::always_inline]] inline OrbStatus putRefinement(OrbiEncodeHuffmanState& state, Sink& sink,
+                                                      Orb32s symbol, Magnitude value,
+                                                      const Orb8u* bits, Orb32s count) {
+  OrbStatus status = orbEmitPending(state, sink);
+  if (status == orbStsNoErr) status = sink.put(symbol, value);
+  if (status == orbStsNoErr) status = sink.putEach(bits, count);
+  return status;
 }
 
 template <class Sink>
 [[gnu::always_inline]] inline OrbStatus orbCodeACRefine(const Orb16s* block, Band band,
                                                         OrbiEncodeHuffmanState& state, Sink& sink) {
-  const uint64_t coded = codedSet(block, band);
-  const Orb32s lastNew = lastNewPosition(block, coded, band.shift);
-  // The correction bits of this block since its last symbol.
-  Orb8u corrections[63];
-  Orb32s count = 0;
-  Orb32s run = 0;
-  Orb32s previous = band.first - 1;
-  for (uint64_t rest = coded; rest != 0; rest &= rest - 1) {
-    const Orb32s k = lowestBit(rest);
-    run += k - previous - 1;
-    previous = k;
-    // Runs of 16 zeros go out only in front of a new coefficient; behind the last one they belong
-    // to the end of the band.
-    for (; run > 15 && k <= lastNew; run -= 16) {
-      OrbStatus status = orbEmitPending(state, sink);
-      if (status == orbStsNoErr) status = sink.put(kZeroRunOf16, {});
-      if (status == orbStsNoErr) status = sink.putEach(corrections, count);
-      if (status != orbStsNoErr) return status;
-      count = 0;
+  const CodedCoefficients coded(block, band);
+  // What the symbols so far stand for: coefficients, with the correction bits of those that are not
+  // new, and zeros.
+  Orb32s done = 0;
+  Orb32s zerosDone = 0;
+  const auto zerosBefore = [&](Orb32s i) { return coded.position[i] - band.first - i; };
+  for (Orb32s n = 0; n < coded.newCount; ++n) {
+    const Orb32s j = coded.newOnes[n];
+    if (zerosBefore(j) - zerosDone > 15) {
+      // A run of 16 zeros takes along the correction bits up to the next coefficient.
+      for (Orb32s i = done; i <= j; ++i) {
+        for (; zerosBefore(i) - zerosDone > 15; zerosDone += 16) {
+          const OrbStatus status =
+              putRefinement(state, sink, kZeroRunOf16, {}, coded.lowBit + done, i - done);
+          if (status != orbStsNoErr) return status;
+          done = i;
+        }
+      }
     }
-    const Orb16s coefficient = load(block + orbZigzagNatural[k]);
-    const Orb32s magnitude = shiftedMagnitude(coefficient, band.shift);
-    if (magnitude > 1) {
-      corrections[count++] = magnitude & 1;
-      continue;
-    }
-    OrbStatus status = orbEmitPending(state, sink);
-    if (status == orbStsNoErr) status = sink.put(run * 16 + 1, {1, coefficient >= 0});
-    if (status == orbStsNoErr) status = sink.putEach(corrections, count);
+    const Orb32s run = zerosBefore(j) - zerosDone;
+    const bool isPositive = load(block + orbZigzagNatural[coded.position[j]]) >= 0;
+    const OrbStatus status =
+        putRefinement(state, sink, run * 16 + 1, {1, isPositive}, coded.lowBit + done, j - done);
     if (status != orbStsNoErr) return status;
-    count = 0;
-    run = 0;
+    done = j + 1;
+    zerosDone += run;
   }
-  if (previous == band.last && run == 0 && count == 0) return orbStsNoErr;
+  const Orb32s zeros = band.last - band.first + 1 - coded.count;
+  if (zeros == zerosDone && coded.count == done) return orbStsNoErr;
   state.eobRun += 1;
   Orb32s held = limit(state.correctionCount, 0, kRoomForCorrectionBits - 63);
-  for (Orb32s i = 0; i < count; ++i) state.correctionBits[held++] = corrections[i];
+  while (done < coded.count) state.correctionBits[held++] = coded.lowBit[done++];
   state.correctionCount = held;
   if (state.eobRun != kLongestRun && held <= kMostCorrectionBits) return orbStsNoErr;
   return orbEmitPending(state, sink);
