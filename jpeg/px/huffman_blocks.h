@@ -11,6 +11,11 @@ namespace orb::ORB_BUILD::plain {
 constexpr Orb32s kZeroRunOf16 = 0xF0;
 constexpr Orb32s kEndOfBlock = 0;
 
+// Bits `first` to `last`, of 0 to 63.
+inline uint64_t bandSet(Orb32s first, Orb32s last) {
+  return ~uint64_t{0} >> (63 - last) & ~uint64_t{0} << first;
+}
+
 // Bit i is set if test(value at raster position i).
 template <class Test>
 [[gnu::always_inline]] inline uint64_t rasterSet(const Orb16s* block, Test test) {
@@ -25,13 +30,21 @@ template <class Test>
   return set;
 }
 
-// Bit k is set if test(value at position k of the zigzag order).
+// Bit k is set if test(value at position k of the zigzag order), k from `first` to `last`.
 template <class Test>
-[[gnu::always_inline]] inline uint64_t zigzagSet(const Orb16s* block, Test test) {
+[[gnu::always_inline]] inline uint64_t zigzagSet(const Orb16s* block, Orb32s first, Orb32s last,
+                                                 Test test) {
+  uint64_t set = 0;
+  // A narrow band takes less time value by value.
+  if (last - first < 10) {
+    for (Orb32s k = first; k <= last; ++k) {
+      set |= static_cast<uint64_t>(test(load(block + orbZigzagNatural[k]))) << k;
+    }
+    return set;
+  }
   uint64_t raster = rasterSet(block, test);
-  uint64_t zigzag = 0;
-  for (int n = 0; n < 256; n += 16, raster >>= 4) zigzag |= orbZigzagMask[n + (raster & 15)];
-  return zigzag;
+  for (int n = 0; n < 256; n += 16, raster >>= 4) set |= orbZigzagMask[n + (raster & 15)];
+  return set & bandSet(first, last);
 }
 
 // The number of the lowest bit that is set. On 32 bits the compiler's own is a call into its

@@ -17,7 +17,7 @@ struct BoundedOutput {
     if (status != orbStsNoErr || value.category == 0) return status;
     return orbJpegPutBits(writer, value.bits, value.category);
   }
-  // The low bit of each value.
+  // The low bit of each value, one at a time.
   OrbStatus putEach(const Orb8u* values, Orb32s count) {
     for (Orb32s i = 0; i < count; ++i) {
       const OrbStatus status = orbJpegPutBits(writer, values[i], 1);
@@ -108,7 +108,8 @@ inline BlockBits gatherBits(const BitWriter& writer, Orb8u* bytes) {
 }
 
 // Ends with the writer behind the bits that were gathered from `bytes` on.
-inline void putGathered(BitWriter& writer, BlockBits bits, const Orb8u* bytes) {
+[[gnu::always_inline]] inline void putGathered(BitWriter& writer, BlockBits bits,
+                                               const Orb8u* bytes) {
   bits.finish();
   Orb8u* const start = writer.dst + writer.position;
   writer.position += static_cast<Orb32s>(copyStuffed(bytes, bits.at, start) - start);
@@ -116,6 +117,8 @@ inline void putGathered(BitWriter& writer, BlockBits bits, const Orb8u* bytes) {
   writer.bitBuffer = lastByte << 24 | static_cast<Orb32u>(bits.bits) << (24 - bits.count);
   writer.bitCount = bits.count;
 }
+
+constexpr Orb32s kBytesBehindEach = 7;
 
 // Fails for a symbol that has no code.
 struct StrictOutput {
@@ -126,6 +129,7 @@ struct StrictOutput {
     bits.put(code, value);
     return orbStsNoErr;
   }
+  // The low bit of each value. Up to kBytesBehindEach bytes behind them are read.
   [[gnu::always_inline]] OrbStatus putEach(const Orb8u* values, Orb32s count) {
     constexpr uint64_t kLowBits = 0x0101010101010101;
     for (; count > 0; values += 8, count -= 8) {

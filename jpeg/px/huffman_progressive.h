@@ -17,6 +17,7 @@ struct Band {
 constexpr Orb32s kLongestRun = 32767;  // of blocks that end with their band
 constexpr Orb32s kMostCorrectionBits = 937;
 constexpr Orb32s kRoomForCorrectionBits = sizeof(OrbiEncodeHuffmanState::correctionBits);
+static_assert(kRoomForCorrectionBits % 8 == 0, "putEach reads no byte behind them");
 
 // ---- Encoding and counting
 //
@@ -57,7 +58,7 @@ OrbStatus orbCodeDCFirst(const Orb16s* block, Orb32s shift, Orb16s* lastDC, Sink
   return value.category > 11 ? orbStsJpegBitStreamErr : sink.put(value.category, value);
 }
 
-// An end-of-band run of 2 to 32767 blocks, as a symbol and the bits below its highest.
+// The symbol of an end-of-band run of so many bits below the highest, and those bits.
 template <class Sink>
 [[gnu::always_inline]] inline OrbStatus putRun(Orb32s category, Orb32s run, Sink& sink) {
   return sink.put(category << 4, {category, lowBits(static_cast<Orb32u>(run), category)});
@@ -101,10 +102,9 @@ template <class Sink>
 
 // The coefficients of the band whose magnitude is `1 << shift` or more.
 inline uint64_t codedSet(const Orb16s* block, Band band) {
-  const uint64_t positions = ~uint64_t{0} >> (63 - band.last) & ~uint64_t{0} << band.first;
   const Orb16u most = wrap16u((1 << band.shift) - 1);
-  return positions &
-         zigzagSet(block, [=](Orb16s value) { return wrap16u(value + most) > wrap16u(2 * most); });
+  return zigzagSet(block, band.first, band.last,
+                   [=](Orb16s value) { return wrap16u(value + most) > wrap16u(2 * most); });
 }
 
 // A coefficient of 16 bits without its sign and its low bits.
@@ -141,7 +141,7 @@ template <class Sink>
 // The coefficients of a band that are coded, in order.
 struct CodedCoefficients {
   Orb8u position[63];
-  Orb8u lowBit[64 + 8];  // of the shifted magnitude
+  Orb8u lowBit[63 + kBytesBehindEach];  // of the shifted magnitude: the correction bit
   Orb32s count = 0;
   Orb8u newOnes[63];  // the numbers of those that no earlier scan has coded
   Orb32s newCount = 0;
@@ -210,8 +210,7 @@ template <class Sink>
   return orbEmitPending(state, sink);
 }
 
-// What a call puts at most: values of 16 bits with codes of 16 for a whole block, and the bits
-// held.
+// What a call puts at most: codes and values of 16 bits each for a whole block, and the bits held.
 constexpr Orb32s kMostBytesOfBand = (64 * 32 + kRoomForCorrectionBits) / 8;
 
 // Encodes by walk(sink), without a test on the way if there is room for whatever it puts.
@@ -257,8 +256,9 @@ inline OrbStatus orbEncodePending(const OrbiEncodeHuffmanSpec& table, OrbiEncode
 
 // ---- Decoding
 
-inline OrbStatus orbDecodeDCFirst(BitReader& reader, Orb16s* block, Orb16s* lastDC, Orb32s shift,
-                                  const OrbiDecodeHuffmanSpec& table) {
+[[gnu::always_inline]] inline OrbStatus orbDecodeDCFirst(BitReader& reader, Orb16s* block,
+                                                         Orb16s* lastDC, Orb32s shift,
+                                                         const OrbiDecodeHuffmanSpec& table) {
   Orb32s symbol = 0;
   Orb32s difference = 0;
   OrbStatus status = orbJpegDecodeSymbol(reader, table, symbol);
@@ -270,7 +270,8 @@ inline OrbStatus orbDecodeDCFirst(BitReader& reader, Orb16s* block, Orb16s* last
   return orbStsNoErr;
 }
 
-inline OrbStatus orbDecodeDCRefine(BitReader& reader, Orb16s* block, Orb32s shift) {
+[[gnu::always_inline]] inline OrbStatus orbDecodeDCRefine(BitReader& reader, Orb16s* block,
+                                                          Orb32s shift) {
   Orb32u bit = 0;
   const OrbStatus status = fetchBits(reader, 1, bit);
   if (bit != 0) store(block, wrap16s(load(block) | 1 << shift));
@@ -278,7 +279,7 @@ inline OrbStatus orbDecodeDCRefine(BitReader& reader, Orb16s* block, Orb32s shif
 }
 
 // Fetches the rest of an end-of-band run of at least `1 << r` blocks.
-inline OrbStatus fetchEobRun(BitReader& reader, Orb32s r, Orb32s& run) {
+[[gnu::always_inline]] inline OrbStatus fetchEobRun(BitReader& reader, Orb32s r, Orb32s& run) {
   Orb32u bits = 0;
   const OrbStatus status = r == 0 ? orbStsNoErr : fetchBits(reader, r, bits);
   if (status == orbStsNoErr) run = (1 << r) + static_cast<Orb32s>(bits);
@@ -286,8 +287,10 @@ inline OrbStatus fetchEobRun(BitReader& reader, Orb32s r, Orb32s& run) {
 }
 
 // Called with no end-of-band run. `run` becomes that behind this block.
-inline OrbStatus orbDecodeACFirst(BitReader& reader, Orb16s* block, Band band,
-                                  const OrbiDecodeHuffmanSpec& table, Orb32s& run) {
+[[gnu::always_inline]] inline OrbStatus orbDecodeACFirst(BitReader& reader, Orb16s* block,
+                                                         Band band,
+                                                         const OrbiDecodeHuffmanSpec& table,
+                                                         Orb32s& run) {
   Orb32s k = band.first;
   do {
     Orb32s symbol = 0;
@@ -314,36 +317,31 @@ inline OrbStatus orbDecodeACFirst(BitReader& reader, Orb16s* block, Band band,
   return orbStsNoErr;
 }
 
-// Corrects a coefficient that is not 0.
-inline OrbStatus orbRefine(BitReader& reader, Orb16s* coefficient, Orb32s shift) {
-  Orb32u bit = 0;
-  const OrbStatus status = fetchBits(reader, 1, bit);
-  if (status != orbStsNoErr || bit == 0) return status;
-  const Orb16s value = load(coefficient);
-  const Orb32s one = 1 << shift;
-  if ((value & one) == 0) store(coefficient, wrap16s(value < 0 ? value - one : value + one));
-  return orbStsNoErr;
-}
-
-// Goes on from position `k`, correcting what is not 0, to the zero behind `zeros` zeros or to the
-// end of the band.
-inline OrbStatus orbRefineUpTo(BitReader& reader, Orb16s* block, Band band, Orb32s zeros,
-                               Orb32s& k) {
-  for (; k <= band.last; ++k) {
-    Orb16s* const coefficient = block + orbZigzagNatural[k];
-    if (load(coefficient) != 0) {
-      const OrbStatus status = orbRefine(reader, coefficient, band.shift);
-      if (status != orbStsNoErr) return status;
-    } else if (--zeros < 0) {
-      break;
-    }
+// Corrects a set of coefficients that are not 0.
+[[gnu::always_inline]] inline OrbStatus orbCorrect(BitReader& reader, Orb16s* block, uint64_t set,
+                                                   Orb32s shift) {
+  for (; set != 0; set &= set - 1) {
+    Orb32u bit = 0;
+    const OrbStatus status = fetchBits(reader, 1, bit);
+    if (status != orbStsNoErr) return status;
+    Orb16s* const coefficient = block + orbZigzagNatural[lowestBit(set)];
+    const Orb32s value = load(coefficient);
+    const Orb32s sign = value >> 31;
+    const Orb32s step = (static_cast<Orb32s>(bit) & ~(value >> shift)) << shift;
+    store(coefficient, wrap16s(value + ((step ^ sign) - sign)));
   }
   return orbStsNoErr;
 }
 
-inline OrbStatus orbDecodeACRefine(BitReader& reader, Orb16s* block, Band band,
-                                   const OrbiDecodeHuffmanSpec& table, Orb32s& run) {
+[[gnu::always_inline]] inline OrbStatus orbDecodeACRefine(BitReader& reader, Orb16s* block,
+                                                          Band band,
+                                                          const OrbiDecodeHuffmanSpec& table,
+                                                          Orb32s& run) {
+  // What the band has from position `k` on.
   Orb32s k = band.first;
+  uint64_t nonzeros =
+      zigzagSet(block, band.first, band.last, [](Orb16s value) { return value != 0; });
+  uint64_t zeros = bandSet(band.first, band.last) & ~nonzeros;
   while (run == 0 && k <= band.last) {
     Orb32s symbol = 0;
     OrbStatus status = orbJpegDecodeSymbol(reader, table, symbol);
@@ -357,16 +355,24 @@ inline OrbStatus orbDecodeACRefine(BitReader& reader, Orb16s* block, Band band,
     }
     Orb32u isPositive = 0;
     if (isNew) status = fetchBits(reader, 1, isPositive);
-    if (status == orbStsNoErr) status = orbRefineUpTo(reader, block, band, r, k);
     if (status != orbStsNoErr) return status;
-    // Behind the band, if it has no place for it: at position 64 that is the last coefficient.
+    // On the way to the zero behind `r` zeros, or to the end of the band, coefficients are
+    // corrected.
+    for (Orb32s i = 0; i < r; ++i) zeros &= zeros - 1;
+    const uint64_t passed = ~zeros & (zeros - 1);  // all if there is no zero
+    status = orbCorrect(reader, block, nonzeros & passed, band.shift);
+    if (status != orbStsNoErr) return status;
+    nonzeros &= ~passed;
+    // Behind the band, if it has no such zero: at position 64 that is the last coefficient.
+    k = zeros != 0 ? lowestBit(zeros) : band.last + 1;
     if (isNew) {
       store(block + orbZigzagNatural[k], wrap16s((isPositive ? 1 : -1) * (1 << band.shift)));
     }
+    zeros &= zeros - 1;
     ++k;
   }
   if (run < 1) return orbStsNoErr;
-  const OrbStatus status = orbRefineUpTo(reader, block, band, 64, k);
+  const OrbStatus status = orbCorrect(reader, block, nonzeros, band.shift);
   if (status == orbStsNoErr) --run;
   return status;
 }

@@ -20,7 +20,7 @@ template <class Symbols>
   if (status != orbStsNoErr) return status;
   Orb32s previous = 0;
   const auto isNonzero = [](Orb16s value) { return value != 0; };
-  for (uint64_t mask = zigzagSet(block, isNonzero) & ~uint64_t{1}; mask != 0; mask &= mask - 1) {
+  for (uint64_t mask = zigzagSet(block, 1, 63, isNonzero); mask != 0; mask &= mask - 1) {
     const Orb32s k = lowestBit(mask);
     Orb32s run = k - previous - 1;
     previous = k;
