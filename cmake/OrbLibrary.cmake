@@ -15,8 +15,11 @@ set(ORB_ENTRY_SOURCES
     jpeg/color.cpp
     jpeg/dct.cpp
     jpeg/huffman_progressive.cpp
+    jpeg/huffman_lossless.cpp
     jpeg/huffman_sequential.cpp
     jpeg/huffman_tables.cpp
+    jpeg/lossless.cpp
+    jpeg/mcu.cpp
     jpeg/quant.cpp
     jpeg/sampling.cpp)
 

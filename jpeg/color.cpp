@@ -141,7 +141,7 @@ static void convertSubsampled(const Source& src, const YccPlanes& dst, OrbiSize 
   for (Orb32s y = 0; y < groups.height; ++y) {
     const OrbiSize lumaSize = {groups.width * 2, kRows};
     convertImage<LumaForward>(src.at(0, y * kRows), luma.at(0, y * kRows), lumaSize);
-    kernel::orbConvertRow<ChromaOfGroups>(GroupSumsImage<Source, kRows>{src}.at(0, y),
+    kernel::orbConvertRow<ChromaOfGroups>(GroupSumsImage<Source, 2, kRows>{src}.at(0, y),
                                           ChromaImage{dst}.at(0, y), groups.width);
   }
 }

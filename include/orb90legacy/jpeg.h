@@ -522,6 +522,123 @@ ORB_API OrbStatus ORB_CALL legacy90orbiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_
 ORB_API OrbStatus ORB_CALL legacy90orbiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(
     const Orb16s* pSrc, Orb32s* pAcStatistics, Orb32s Ss, Orb32s Se, Orb32u Al,
     OrbiEncodeHuffmanState* pEncHuffState, Orb32s bFlush);
+ * Lossless prediction and row coding (T.81 annex H)
+ *
+ * Without a DCT each sample is predicted from its neighbours, and the difference is coded by the
+ * tables of DC values. Rows are arrays of 16-bit samples; differences are kept in 16 bits and wrap
+ * (modulo 65536), so that any row comes back as it was.
+ * ---------------------------------------------------------------------------------------------- */
+
+/* Differences of the first row of a scan or restart interval: the first sample is predicted by the
+ * middle of its range, each other by the one to its left.
+ *
+ *   dst[0] = src[0] - (1 << (P - Pt - 1))
+ *   dst[i] = src[i] - src[i - 1]
+ *
+ * P is the precision of samples in bits and Pt the point transform, which the host has applied. The
+ * shift counts modulo 32, and what is beyond 16 bits is dropped. pDst must not overlap pSrc.
+ *
+ * Returns orbStsNullPtrErr for either pointer, orbStsSizeErr if width < 1, orbStsBadArgErr if P is
+ * not in 2..16 or Pt < 0.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDiffPredFirstRow_JPEG_16s_C1(const Orb16s* pSrc,
+                                                                    Orb16s* pDst, Orb32s width,
+                                                                    Orb32s P, Orb32s Pt);
+
+/* Differences of a row that has one above it: the first sample is predicted by the sample above, by
+ * any predictor; the others by one of T.81 table H.1, of Ra to the left, Rb above, and Rc above and
+ * to the left. Shifts are arithmetic, of a sum or difference that is not cut to 16 bits.
+ *
+ *   predictor   1   Ra              5   Ra + ((Rb - Rc) >> 1)
+ *               2   Rb              6   Rb + ((Ra - Rc) >> 1)
+ *               3   Rc              7   (Ra + Rb) >> 1
+ *               4   Ra + Rb - Rc
+ *
+ * pPrevRow holds the samples of the row above. pDst must not overlap either source.
+ *
+ * Returns orbStsNullPtrErr for any pointer, orbStsSizeErr if width < 1, orbStsBadArgErr if the
+ * predictor is not in 1..7.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDiffPredRow_JPEG_16s_C1(const Orb16s* pSrc,
+                                                               const Orb16s* pPrevRow, Orb16s* pDst,
+                                                               Orb32s width, Orb32s predictor);
+
+/* The samples of a row from its differences: the exact inverses of the two functions above, with
+ * the same predictions from samples that have been reconstructed. pDst may be pSrc, or not overlap
+ * it; it must not overlap pPrevRow.
+ *
+ * Return the statuses of their forward functions.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiReconstructPredFirstRow_JPEG_16s_C1(const Orb16s* pSrc,
+                                                                           Orb16s* pDst,
+                                                                           Orb32s width, Orb32s P,
+                                                                           Orb32s Pt);
+ORB_API OrbStatus ORB_CALL legacy90orbiReconstructPredRow_JPEG_16s_C1(const Orb16s* pSrc,
+                                                                      const Orb16s* pPrevRow,
+                                                                      Orb16s* pDst, Orb32s width,
+                                                                      Orb32s predictor);
+
+/* Encodes the difference *pSrc: the code of its category, 0 to 16, and its additional bits. A
+ * difference of -32768 has category 16 and no additional bits (T.81 H.1.2.2). Position, state and
+ * flush are those of orbiEncodeHuffman8x8_JPEG_16s1u_C1; a flush looks at neither pSrc nor the
+ * table.
+ *
+ * Returns orbStsNullPtrErr for pDst, orbStsSizeErr if dstLenBytes < 1, orbStsNullPtrErr for
+ * pDstCurrPos or pEncHuffState; then, without bFlush, orbStsNullPtrErr for pSrc or pDcTable;
+ * orbStsJpegHuffTableErr, with nothing written, if the category has no code; orbStsJpegBufferEndErr
+ * if the destination is full: it holds all bytes that fit, and the scan is lost.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffmanOne_JPEG_16s1u_C1(
+    const Orb16s* pSrc, Orb8u* pDst, Orb32s dstLenBytes, Orb32s* pDstCurrPos,
+    const OrbiEncodeHuffmanSpec* pDcTable, OrbiEncodeHuffmanState* pEncHuffState, Orb32s bFlush);
+
+/* Encodes nSrcRows rows of nSrcLen differences, interleaved sample by sample: the first of each row
+ * in turn, then the second of each, and so on. pSrc and pDcTables hold a pointer for each row. More
+ * than 4 rows count as 4. Otherwise as the function above.
+ *
+ * Returns orbStsNullPtrErr for pDst, orbStsSizeErr if dstLenBytes < 1, orbStsNullPtrErr for
+ * pDstCurrPos or pEncHuffState; then, without bFlush, orbStsNullPtrErr for pSrc, orbStsSizeErr if
+ * nSrcLen < 1 or nSrcRows < 1, orbStsNullPtrErr for pDcTables, a row or a table;
+ * orbStsJpegHuffTableErr if a category has no code, the differences before it being written;
+ * orbStsJpegBufferEndErr as above.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeHuffmanRow_JPEG_16s1u_P4C1(
+    const Orb16s* const pSrc[], Orb32s nSrcLen, Orb32s nSrcRows, Orb8u* pDst, Orb32s dstLenBytes,
+    Orb32s* pDstCurrPos, const OrbiEncodeHuffmanSpec* const pDcTables[],
+    OrbiEncodeHuffmanState* pEncHuffState, Orb32s bFlush);
+
+/* Decodes a difference. A category of 16, or any symbol above, is -32768 and has no additional
+ * bits. Position, marker and state are those of orbiDecodeHuffman8x8_JPEG_1u16s_C1.
+ *
+ * Returns orbStsNullPtrErr for pSrc, orbStsSizeErr if srcLenBytes < 1, orbStsNullPtrErr for any
+ * other pointer; then, with *pDst as it was and the position and state moved:
+ * orbStsJpegBufferEndErr if the source is at its end, orbStsJpegBitStreamErr if no code matches or
+ * bits are wanted behind a marker.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeHuffmanOne_JPEG_1u16s_C1(
+    const Orb8u* pSrc, Orb32s srcLenBytes, Orb32s* pSrcCurrPos, Orb16s* pDst, Orb32s* pMarker,
+    const OrbiDecodeHuffmanSpec* pDcTable, OrbiDecodeHuffmanState* pDecHuffState);
+
+/* Decodes nDstRows rows of nDstLen differences, interleaved sample by sample. pDst and pDcTables
+ * hold a pointer for each row. More than 4 rows count as 4. Otherwise as the function above.
+ *
+ * Returns orbStsNullPtrErr for pSrc, orbStsSizeErr if srcLenBytes < 1, orbStsNullPtrErr for
+ * pSrcCurrPos or pDst, orbStsSizeErr if nDstLen < 1 or nDstRows < 1, orbStsNullPtrErr for pMarker,
+ * pDcTables, pDecHuffState, a row or a table; then the failures of the function above, with the
+ * rows as far as they were decoded.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeHuffmanRow_JPEG_1u16s_C1P4(
+    const Orb8u* pSrc, Orb32s srcLenBytes, Orb32s* pSrcCurrPos, Orb16s* const pDst[],
+    Orb32s nDstLen, Orb32s nDstRows, Orb32s* pMarker,
+    const OrbiDecodeHuffmanSpec* const pDcTables[], OrbiDecodeHuffmanState* pDecHuffState);
+
+/* Adds the category of a difference, 0 to 16, to the counts of 256 symbols: the first pass of a
+ * coder that makes its own tables.
+ *
+ * Returns orbStsNullPtrErr for either pointer.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiGetHuffmanStatisticsOne_JPEG_16s_C1(const Orb16s* pSrc,
+                                                                           Orb32s* pDcStatistics);
 
 /* ------------------------------------------------------------------------------------------------
  * Colour conversion (JFIF: ITU-T T.871, 7; CMYK and YCCK: T.872)
@@ -902,6 +1019,153 @@ ORB_API OrbStatus ORB_CALL legacy90orbiSampleUpRowH2V2_Triangle_JPEG_8u_C1(const
                                                                            const Orb8u* pSrc2,
                                                                            Orb32s srcWidth,
                                                                            Orb8u* pDst);
+
+/* ------------------------------------------------------------------------------------------------
+ * Level-shifted MCU conversion
+ *
+ * Between the pixels of one minimum coded unit and the blocks of the DCT in one pass: colour,
+ * subsampling of chroma and level shift together. An MCU is an array of pointers, one for each
+ * component, to its blocks, which lie one behind the other; the number in a name tells how many:
+ *
+ *         pixels    blocks of the first component (and of K)   blocks of each other
+ *   444    8 x 8    1                                           1
+ *   422   16 x 8    2: left, right                              1
+ *   411   16 x 16   4: top left, top right, then below          1
+ *
+ * So in 422 and 411 a chroma value stands for 2 by 1 or 2 by 2 pixels. Steps of pixels are in
+ * bytes. Values are those of the DCT, samples less 128. Formats of pixels are those of colour
+ * conversion, the arithmetic is not: there are no rounding terms, and shifts are arithmetic.
+ *
+ *   forward   Y  = ((19595 R + 38470 G + 7471 B) >> 16) - 128
+ *             Cb = (32768 B - 21709 G - 11059 R) >> 16
+ *             Cr = (32768 R - 27439 G -  5329 B) >> 16
+ *             chroma of 2 or 4 pixels is worked from the sums of their R, G and B, with >> 17 or
+ *             >> 18
+ *   inverse   R = limit(Y + ((91881 Cr) >> 16) + 128)
+ *             G = limit(Y + ((-22554 Cb - 46802 Cr) >> 16) + 128)
+ *             B = limit(Y + ((116130 Cb) >> 16) + 128)
+ *             all pixels of a group take its chroma value as it is
+ *
+ * Values of blocks may be any: products and sums wrap at 32 bits, and limit() is to 0..255.
+ *
+ * The functions to an MCU return orbStsNullPtrErr for pSrc or pDstMCU, orbStsStepErr if
+ * srcStep < 1, orbStsNullPtrErr if an entry of pDstMCU is null. Those from an MCU return
+ * orbStsNullPtrErr for pSrcMCU or pDst, orbStsNullPtrErr if an entry of pSrcMCU is null,
+ * orbStsStepErr if dstStep < 1.
+ * ---------------------------------------------------------------------------------------------- */
+
+/* Pixels to an MCU of Y, Cb and Cr.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiRGBToYCbCr444LS_MCU_8u16s_C3P3R(const Orb8u* pSrc,
+                                                                       Orb32s srcStep,
+                                                                       Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiRGBToYCbCr422LS_MCU_8u16s_C3P3R(const Orb8u* pSrc,
+                                                                       Orb32s srcStep,
+                                                                       Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiRGBToYCbCr411LS_MCU_8u16s_C3P3R(const Orb8u* pSrc,
+                                                                       Orb32s srcStep,
+                                                                       Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGRToYCbCr444LS_MCU_8u16s_C3P3R(const Orb8u* pSrc,
+                                                                       Orb32s srcStep,
+                                                                       Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGRToYCbCr422LS_MCU_8u16s_C3P3R(const Orb8u* pSrc,
+                                                                       Orb32s srcStep,
+                                                                       Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGRToYCbCr411LS_MCU_8u16s_C3P3R(const Orb8u* pSrc,
+                                                                       Orb32s srcStep,
+                                                                       Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGR555ToYCbCr444LS_MCU_16u16s_C3P3R(
+    const Orb16u* pSrc, Orb32s srcStep, Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGR555ToYCbCr422LS_MCU_16u16s_C3P3R(
+    const Orb16u* pSrc, Orb32s srcStep, Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGR555ToYCbCr411LS_MCU_16u16s_C3P3R(
+    const Orb16u* pSrc, Orb32s srcStep, Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGR565ToYCbCr444LS_MCU_16u16s_C3P3R(
+    const Orb16u* pSrc, Orb32s srcStep, Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGR565ToYCbCr422LS_MCU_16u16s_C3P3R(
+    const Orb16u* pSrc, Orb32s srcStep, Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiBGR565ToYCbCr411LS_MCU_16u16s_C3P3R(
+    const Orb16u* pSrc, Orb32s srcStep, Orb16s* const pDstMCU[3]);
+
+/* An MCU of Y, Cb and Cr to pixels.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr444ToRGBLS_MCU_16s8u_P3C3R(
+    const Orb16s* const pSrcMCU[3], Orb8u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr422ToRGBLS_MCU_16s8u_P3C3R(
+    const Orb16s* const pSrcMCU[3], Orb8u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr411ToRGBLS_MCU_16s8u_P3C3R(
+    const Orb16s* const pSrcMCU[3], Orb8u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr444ToBGRLS_MCU_16s8u_P3C3R(
+    const Orb16s* const pSrcMCU[3], Orb8u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr422ToBGRLS_MCU_16s8u_P3C3R(
+    const Orb16s* const pSrcMCU[3], Orb8u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr411ToBGRLS_MCU_16s8u_P3C3R(
+    const Orb16s* const pSrcMCU[3], Orb8u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr444ToBGR555LS_MCU_16s16u_P3C3R(
+    const Orb16s* const pSrcMCU[3], Orb16u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr422ToBGR555LS_MCU_16s16u_P3C3R(
+    const Orb16s* const pSrcMCU[3], Orb16u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr411ToBGR555LS_MCU_16s16u_P3C3R(
+    const Orb16s* const pSrcMCU[3], Orb16u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr444ToBGR565LS_MCU_16s16u_P3C3R(
+    const Orb16s* const pSrcMCU[3], Orb16u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr422ToBGR565LS_MCU_16s16u_P3C3R(
+    const Orb16s* const pSrcMCU[3], Orb16u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCbCr411ToBGR565LS_MCU_16s16u_P3C3R(
+    const Orb16s* const pSrcMCU[3], Orb16u* pDst, Orb32s dstStep);
+
+/* CMYK to an MCU of Y, Cb, Cr and K: C, M and Y are taken as the complements of R, G and B (255
+ * less the sample); K less 128 is never subsampled.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiCMYKToYCCK444LS_MCU_8u16s_C4P4R(const Orb8u* pSrc,
+                                                                       Orb32s srcStep,
+                                                                       Orb16s* const pDstMCU[4]);
+ORB_API OrbStatus ORB_CALL legacy90orbiCMYKToYCCK422LS_MCU_8u16s_C4P4R(const Orb8u* pSrc,
+                                                                       Orb32s srcStep,
+                                                                       Orb16s* const pDstMCU[4]);
+ORB_API OrbStatus ORB_CALL legacy90orbiCMYKToYCCK411LS_MCU_8u16s_C4P4R(const Orb8u* pSrc,
+                                                                       Orb32s srcStep,
+                                                                       Orb16s* const pDstMCU[4]);
+
+/* An MCU of Y, Cb, Cr and K to CMYK: C, M and Y are the complements of R, G and B. K is the low
+ * byte of the value plus 128 and not limited: a value outside of -128..127 wraps.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiYCCK444ToCMYKLS_MCU_16s8u_P4C4R(
+    const Orb16s* const pSrcMCU[4], Orb8u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCCK422ToCMYKLS_MCU_16s8u_P4C4R(
+    const Orb16s* const pSrcMCU[4], Orb8u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiYCCK411ToCMYKLS_MCU_16s8u_P4C4R(
+    const Orb16s* const pSrcMCU[4], Orb8u* pDst, Orb32s dstStep);
+
+/* Three channels to an MCU without a conversion of colour: the first less 128; the others likewise,
+ * and where they are subsampled (a + b - 256) >> 1 or (a + b + c + d - 512) >> 2.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleDown444LS_MCU_8u16s_C3P3R(const Orb8u* pSrc,
+                                                                       Orb32s srcStep,
+                                                                       Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleDown422LS_MCU_8u16s_C3P3R(const Orb8u* pSrc,
+                                                                       Orb32s srcStep,
+                                                                       Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleDown411LS_MCU_8u16s_C3P3R(const Orb8u* pSrc,
+                                                                       Orb32s srcStep,
+                                                                       Orb16s* const pDstMCU[3]);
+
+/* An MCU to three channels without a conversion of colour: limit(value + 128).
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleUp444LS_MCU_16s8u_P3C3R(const Orb16s* const pSrcMCU[3],
+                                                                     Orb8u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleUp422LS_MCU_16s8u_P3C3R(const Orb16s* const pSrcMCU[3],
+                                                                     Orb8u* pDst, Orb32s dstStep);
+ORB_API OrbStatus ORB_CALL legacy90orbiSampleUp411LS_MCU_16s8u_P3C3R(const Orb16s* const pSrcMCU[3],
+                                                                     Orb8u* pDst, Orb32s dstStep);
+
+/* Pixels that are subsampled already, two in four bytes, Y, Cb, Y, Cr, to an MCU of 422 and back:
+ * each byte less 128; limit(value + 128).
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiSplit422LS_MCU_8u16s_C2P3R(const Orb8u* pSrc, Orb32s srcStep,
+                                                                  Orb16s* const pDstMCU[3]);
+ORB_API OrbStatus ORB_CALL legacy90orbiJoin422LS_MCU_16s8u_P3C2R(const Orb16s* const pSrcMCU[3],
+                                                                 Orb8u* pDst, Orb32s dstStep);
 
 #ifdef __cplusplus
 }

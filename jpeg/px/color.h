@@ -186,17 +186,17 @@ struct ChromaImage {
   }
 };
 
-// Sums over groups of pixels, two wide and kRows high.
-template <class Image, Orb32s kRows>
+// Sums over groups of pixels.
+template <class Image, Orb32s kColumns, Orb32s kRows>
 struct GroupSumsImage {
   Image pixels;
 
-  GroupSumsImage at(ptrdiff_t x, Orb32s y) const { return {pixels.at(x * 2, y * kRows)}; }
+  GroupSumsImage at(ptrdiff_t x, Orb32s y) const { return {pixels.at(x * kColumns, y * kRows)}; }
   Rgb read(ptrdiff_t x) const {
     Rgb sum = {0, 0, 0};
     for (Orb32s row = 0; row < kRows; ++row) {
-      const Image pair = pixels.at(x * 2, row);
-      sum = sum + pair.read(0) + pair.read(1);
+      const Image group = pixels.at(x * kColumns, row);
+      for (Orb32s column = 0; column < kColumns; ++column) sum = sum + group.read(column);
     }
     return sum;
   }
@@ -228,10 +228,19 @@ struct InverseA {
 
 }  // namespace plain
 
+// The sums of all forward conversions, of pixels or of sums of pixels, in 16.16.
+constexpr Orb32s lumaSum(Rgb p) {
+  return 19595 * p.r + 38470 * p.g + 7471 * p.b;
+}
+constexpr Orb32s cbSum(Rgb p) {
+  return 32768 * p.b - 21709 * p.g - 11059 * p.r;
+}
+constexpr Orb32s crSum(Rgb p) {
+  return 32768 * p.r - 27439 * p.g - 5329 * p.b;
+}
+
 struct LumaForward {
-  static YCbCr convert(Rgb p) {
-    return {(19595 * p.r + 38470 * p.g + 7471 * p.b + 32768) >> 16, 0, 0};
-  }
+  static YCbCr convert(Rgb p) { return {(lumaSum(p) + 32768) >> 16, 0, 0}; }
 };
 
 // Of the mean of one, two or four pixels, from their sum: kShift is 16, 17 or 18.
@@ -239,8 +248,7 @@ template <int kShift, Orb32s kRounding>
 struct ChromaForward {
   static YCbCr convert(Rgb sum) {
     constexpr Orb32s kZero = (128 << kShift) + kRounding;
-    return {0, (32768 * sum.b - 21709 * sum.g - 11059 * sum.r + kZero) >> kShift,
-            (32768 * sum.r - 27439 * sum.g - 5329 * sum.b + kZero) >> kShift};
+    return {0, (cbSum(sum) + kZero) >> kShift, (crSum(sum) + kZero) >> kShift};
   }
 };
 using ChromaForwardOfPair = ChromaForward<17, 1 << 14>;

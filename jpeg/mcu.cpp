@@ -1,0 +1,88 @@
+// Between the pixels of an MCU and its blocks: argument checks, then one call into a kernel.
+#include "jpeg/px/mcu.h"
+
+namespace orb::ORB_BUILD {
+
+template <class Byte>
+using RgbImage = InterleavedImage<Byte, Order::rgb, 3>;
+template <class Byte>
+using BgrImage = InterleavedImage<Byte, Order::bgr, 3>;
+template <class Word>
+using Bgr555Image = PackedImage<Word, Order::bgr, 5>;
+template <class Word>
+using Bgr565Image = PackedImage<Word, Order::bgr, 6>;
+
+// The entries of the array that stands for an MCU.
+template <class Image>
+constexpr int kComponents = 3;
+template <class Byte>
+constexpr int kComponents<CmykImage<Byte>> = 4;
+
+template <class Image>
+static bool anyNullBlocks(const Orb16s* const* mcu) {
+  for (int i = 0; i < kComponents<Image>; ++i) {
+    if (!mcu[i]) return true;
+  }
+  return false;
+}
+
+template <class Layout, class Conversion, template <class> class ImageOf, class Sample>
+static OrbStatus toMcu(const Sample* pSrc, Orb32s srcStep, Orb16s* const* pDstMCU) {
+  using Image = ImageOf<const Sample>;
+  if (!pSrc || !pDstMCU) return orbStsNullPtrErr;
+  if (srcStep < 1) return orbStsStepErr;
+  if (anyNullBlocks<Image>(pDstMCU)) return orbStsNullPtrErr;
+  const Image src = {pSrc, srcStep};
+  kernel::orbConvertToMcu<Layout, Conversion>(src, pDstMCU);
+  if constexpr (kComponents<Image> == 4) kernel::orbBlackToMcu<Layout>(src, pDstMCU[3]);
+  return orbStsNoErr;
+}
+
+template <class Layout, class Conversion, template <class> class ImageOf, class Sample>
+static OrbStatus fromMcu(const Orb16s* const* pSrcMCU, Sample* pDst, Orb32s dstStep) {
+  using Image = ImageOf<Sample>;
+  if (!pSrcMCU || !pDst || anyNullBlocks<Image>(pSrcMCU)) return orbStsNullPtrErr;
+  if (dstStep < 1) return orbStsStepErr;
+  const Image dst = {pDst, dstStep};
+  kernel::orbConvertFromMcu<Layout, Conversion>(pSrcMCU, dst);
+  if constexpr (kComponents<Image> == 4) kernel::orbBlackFromMcu<Layout>(pSrcMCU[3], dst);
+  return orbStsNoErr;
+}
+
+// The body of one function, and the bodies of a family of three, which have their layout in the
+// middle of their names.
+
+#define ORB_TO_MCU(name, Layout, Conversion, Image, Sample)                             \
+  OrbStatus ORB_CALL name(const Sample* pSrc, Orb32s srcStep, Orb16s* const* pDstMCU) { \
+    return toMcu<Layout, Conversion, Image>(pSrc, srcStep, pDstMCU);                    \
+  }
+
+#define ORB_FROM_MCU(name, Layout, Conversion, Image, Sample)                           \
+  OrbStatus ORB_CALL name(const Orb16s* const* pSrcMCU, Sample* pDst, Orb32s dstStep) { \
+    return fromMcu<Layout, Conversion, Image>(pSrcMCU, pDst, dstStep);                  \
+  }
+
+#define ORB_EACH_LAYOUT(body, head, tail, Conversion, Image, Sample) \
+  body(head##444##tail, Mcu444, Conversion, Image, Sample)           \
+      body(head##422##tail, Mcu422, Conversion, Image, Sample)       \
+          body(head##411##tail, Mcu411, Conversion, Image, Sample)
+
+// clang-format off
+ORB_EACH_LAYOUT(ORB_TO_MCU, orbiRGBToYCbCr, LS_MCU_8u16s_C3P3R, ShiftedForward, RgbImage, Orb8u)
+ORB_EACH_LAYOUT(ORB_TO_MCU, orbiBGRToYCbCr, LS_MCU_8u16s_C3P3R, ShiftedForward, BgrImage, Orb8u)
+ORB_EACH_LAYOUT(ORB_TO_MCU, orbiBGR555ToYCbCr, LS_MCU_16u16s_C3P3R, ShiftedForward, Bgr555Image, Orb16u)
+ORB_EACH_LAYOUT(ORB_TO_MCU, orbiBGR565ToYCbCr, LS_MCU_16u16s_C3P3R, ShiftedForward, Bgr565Image, Orb16u)
+ORB_EACH_LAYOUT(ORB_TO_MCU, orbiCMYKToYCCK, LS_MCU_8u16s_C4P4R, ShiftedForward, CmykImage, Orb8u)
+ORB_EACH_LAYOUT(ORB_TO_MCU, orbiSampleDown, LS_MCU_8u16s_C3P3R, ShiftDown, RgbImage, Orb8u)
+ORB_TO_MCU(orbiSplit422LS_MCU_8u16s_C2P3R, Mcu422, ShiftDown, SharedPairsImage, Orb8u)
+
+ORB_EACH_LAYOUT(ORB_FROM_MCU, orbiYCbCr, ToRGBLS_MCU_16s8u_P3C3R, ShiftedInverse, RgbImage, Orb8u)
+ORB_EACH_LAYOUT(ORB_FROM_MCU, orbiYCbCr, ToBGRLS_MCU_16s8u_P3C3R, ShiftedInverse, BgrImage, Orb8u)
+ORB_EACH_LAYOUT(ORB_FROM_MCU, orbiYCbCr, ToBGR555LS_MCU_16s16u_P3C3R, ShiftedInverse, Bgr555Image, Orb16u)
+ORB_EACH_LAYOUT(ORB_FROM_MCU, orbiYCbCr, ToBGR565LS_MCU_16s16u_P3C3R, ShiftedInverse, Bgr565Image, Orb16u)
+ORB_EACH_LAYOUT(ORB_FROM_MCU, orbiYCCK, ToCMYKLS_MCU_16s8u_P4C4R, ShiftedInverse, CmykImage, Orb8u)
+ORB_EACH_LAYOUT(ORB_FROM_MCU, orbiSampleUp, LS_MCU_16s8u_P3C3R, ShiftUp, RgbImage, Orb8u)
+ORB_FROM_MCU(orbiJoin422LS_MCU_16s8u_P3C2R, Mcu422, ShiftUp, SharedPairsImage, Orb8u)
+// clang-format on
+
+}  // namespace orb::ORB_BUILD
