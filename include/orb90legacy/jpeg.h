@@ -522,6 +522,8 @@ ORB_API OrbStatus ORB_CALL legacy90orbiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_
 ORB_API OrbStatus ORB_CALL legacy90orbiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(
     const Orb16s* pSrc, Orb32s* pAcStatistics, Orb32s Ss, Orb32s Se, Orb32u Al,
     OrbiEncodeHuffmanState* pEncHuffState, Orb32s bFlush);
+
+/* ------------------------------------------------------------------------------------------------
  * Lossless prediction and row coding (T.81 annex H)
  *
  * Without a DCT each sample is predicted from its neighbours, and the difference is coded by the
