@@ -63,6 +63,46 @@ inline I16 shiftRightUnsigned(I16 a, int n) {
   return {_mm256_srli_epi16(a.v, n)};
 }
 
+// Sums of products, a * x + b * y, in 32 bits; two and two of them may be added.
+struct I32Sums {
+  __m256i low, high;
+};
+inline I32Sums sumsOfProducts(I16 a, Orb16s x, I16 b, Orb16s y) {
+  const __m256i factors = _mm256_set1_epi32((y << 16) | (x & 0xFFFF));
+  return {_mm256_madd_epi16(_mm256_unpacklo_epi16(a.v, b.v), factors),
+          _mm256_madd_epi16(_mm256_unpackhi_epi16(a.v, b.v), factors)};
+}
+inline I32Sums operator+(I32Sums a, I32Sums b) {
+  return {_mm256_add_epi32(a.low, b.low), _mm256_add_epi32(a.high, b.high)};
+}
+// Shifted right and limited to words.
+inline I16 narrow(I32Sums a, int n) {
+  return {_mm256_packs_epi32(_mm256_srai_epi32(a.low, n), _mm256_srai_epi32(a.high, n))};
+}
+
+// A vector as rows of 8 words, of which there are two. The first four of each row, or the last
+// four, twice each.
+inline I16 doubleLeft(I16 a) {
+  return {_mm256_unpacklo_epi16(a.v, a.v)};
+}
+inline I16 doubleRight(I16 a) {
+  return {_mm256_unpackhi_epi16(a.v, a.v)};
+}
+// The sums of two neighbours in rows of 16, given in halves. They must fit in words.
+inline I16 sumsOfPairs(I16 left, I16 right) {
+  const __m256i ones = _mm256_set1_epi16(1);
+  return {_mm256_packs_epi32(_mm256_madd_epi16(left.v, ones), _mm256_madd_epi16(right.v, ones))};
+}
+// The sums of two rows each, of twice as many rows.
+inline I16 sumsOfRows(I16 upper, I16 lower) {
+  return {_mm256_add_epi16(_mm256_permute2x128_si256(upper.v, lower.v, 0x20),
+                           _mm256_permute2x128_si256(upper.v, lower.v, 0x31))};
+}
+// The same row in all rows.
+inline I16 loadRowI16(const Orb16s* p) {
+  return {_mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))};
+}
+
 #else
 
 struct I16 {
@@ -112,6 +152,45 @@ inline I16 operator>>(I16 a, int n) {
 }
 inline I16 shiftRightUnsigned(I16 a, int n) {
   return {_mm_srli_epi16(a.v, n)};
+}
+
+// Sums of products, a * x + b * y, in 32 bits; two and two of them may be added.
+struct I32Sums {
+  __m128i low, high;
+};
+inline I32Sums sumsOfProducts(I16 a, Orb16s x, I16 b, Orb16s y) {
+  const __m128i factors = _mm_set1_epi32((y << 16) | (x & 0xFFFF));
+  return {_mm_madd_epi16(_mm_unpacklo_epi16(a.v, b.v), factors),
+          _mm_madd_epi16(_mm_unpackhi_epi16(a.v, b.v), factors)};
+}
+inline I32Sums operator+(I32Sums a, I32Sums b) {
+  return {_mm_add_epi32(a.low, b.low), _mm_add_epi32(a.high, b.high)};
+}
+// Shifted right and limited to words.
+inline I16 narrow(I32Sums a, int n) {
+  return {_mm_packs_epi32(_mm_srai_epi32(a.low, n), _mm_srai_epi32(a.high, n))};
+}
+
+// A vector as rows of 8 words, of which there is one. The first four of each row, or the last four,
+// twice each.
+inline I16 doubleLeft(I16 a) {
+  return {_mm_unpacklo_epi16(a.v, a.v)};
+}
+inline I16 doubleRight(I16 a) {
+  return {_mm_unpackhi_epi16(a.v, a.v)};
+}
+// The sums of two neighbours in rows of 16, given in halves. They must fit in words.
+inline I16 sumsOfPairs(I16 left, I16 right) {
+  const __m128i ones = _mm_set1_epi16(1);
+  return {_mm_packs_epi32(_mm_madd_epi16(left.v, ones), _mm_madd_epi16(right.v, ones))};
+}
+// The sums of two rows each, of twice as many rows.
+inline I16 sumsOfRows(I16 upper, I16 lower) {
+  return {_mm_add_epi16(upper.v, lower.v)};
+}
+// The same row in all rows.
+inline I16 loadRowI16(const Orb16s* p) {
+  return loadI16(p);
 }
 
 #endif

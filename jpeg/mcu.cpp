@@ -1,7 +1,16 @@
 // Between the pixels of an MCU and its blocks: argument checks, then one call into a kernel.
 #include "jpeg/px/mcu.h"
 
+#if ORB_SIMD
+#include "jpeg/simd/mcu.h"
+#endif
+
 namespace orb::ORB_BUILD {
+
+using kernel::ShiftDown;
+using kernel::ShiftedForward;
+using kernel::ShiftedInverse;
+using kernel::ShiftUp;
 
 template <class Byte>
 using RgbImage = InterleavedImage<Byte, Order::rgb, 3>;
@@ -11,12 +20,6 @@ template <class Word>
 using Bgr555Image = PackedImage<Word, Order::bgr, 5>;
 template <class Word>
 using Bgr565Image = PackedImage<Word, Order::bgr, 6>;
-
-// The entries of the array that stands for an MCU.
-template <class Image>
-constexpr int kComponents = 3;
-template <class Byte>
-constexpr int kComponents<CmykImage<Byte>> = 4;
 
 template <class Image>
 static bool anyNullBlocks(const Orb16s* const* mcu) {
@@ -32,9 +35,7 @@ static OrbStatus toMcu(const Sample* pSrc, Orb32s srcStep, Orb16s* const* pDstMC
   if (!pSrc || !pDstMCU) return orbStsNullPtrErr;
   if (srcStep < 1) return orbStsStepErr;
   if (anyNullBlocks<Image>(pDstMCU)) return orbStsNullPtrErr;
-  const Image src = {pSrc, srcStep};
-  kernel::orbConvertToMcu<Layout, Conversion>(src, pDstMCU);
-  if constexpr (kComponents<Image> == 4) kernel::orbBlackToMcu<Layout>(src, pDstMCU[3]);
+  kernel::orbConvertToMcu<Layout, Conversion>(Image{pSrc, srcStep}, pDstMCU);
   return orbStsNoErr;
 }
 
@@ -43,9 +44,7 @@ static OrbStatus fromMcu(const Orb16s* const* pSrcMCU, Sample* pDst, Orb32s dstS
   using Image = ImageOf<Sample>;
   if (!pSrcMCU || !pDst || anyNullBlocks<Image>(pSrcMCU)) return orbStsNullPtrErr;
   if (dstStep < 1) return orbStsStepErr;
-  const Image dst = {pDst, dstStep};
-  kernel::orbConvertFromMcu<Layout, Conversion>(pSrcMCU, dst);
-  if constexpr (kComponents<Image> == 4) kernel::orbBlackFromMcu<Layout>(pSrcMCU[3], dst);
+  kernel::orbConvertFromMcu<Layout, Conversion>(pSrcMCU, Image{pDst, dstStep});
   return orbStsNoErr;
 }
 

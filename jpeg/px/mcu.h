@@ -16,6 +16,7 @@ template <Orb32s kPixelsAcross, Orb32s kPixelsDown>
 struct McuLayout {
   static constexpr Orb32s kWidth = kPixelsAcross;
   static constexpr Orb32s kHeight = kPixelsDown;
+  static constexpr Orb32s kPixels = kWidth * kHeight;
   // The pixels that share a chroma value.
   static constexpr Orb32s kGroupColumns = kWidth / 8;
   static constexpr Orb32s kGroupRows = kHeight / 8;
@@ -68,9 +69,17 @@ struct SharedPairsImage {
   Byte* shared(ptrdiff_t x) const { return first + (x >> 1) * 4; }
 };
 
+// The components of an MCU that holds such pixels.
+template <class Image>
+constexpr int kComponents = 3;
+template <class Byte>
+constexpr int kComponents<CmykImage<Byte>> = 4;
+
 // ---- Arithmetic, with the level shift
 //
 // Chroma is that of the mean of 1, 2 or 4 pixels, from their sum: kPixels.
+
+namespace plain {
 
 struct ShiftedForward {
   static Orb32s luma(Rgb p) { return (lumaSum(p) >> 16) - 128; }
@@ -107,7 +116,7 @@ struct ShiftUp {
 
 // ---- Whole MCUs
 
-namespace plain {
+// Black is never subsampled, and not limited.
 
 template <class Layout, class Conversion, class Source>
 inline void orbConvertToMcu(const Source& src, Orb16s* const* mcu) {
@@ -115,7 +124,9 @@ inline void orbConvertToMcu(const Source& src, Orb16s* const* mcu) {
   for (Orb32s y = 0; y < Layout::kHeight; ++y) {
     const Source row = src.at(0, y);
     for (Orb32s x = 0; x < Layout::kWidth; ++x) {
-      store(mcu[0] + Layout::whole(x, y), wrap16s(Conversion::luma(row.read(x))));
+      const ptrdiff_t i = Layout::whole(x, y);
+      store(mcu[0] + i, wrap16s(Conversion::luma(row.read(x))));
+      if constexpr (kComponents<Source> == 4) store(mcu[3] + i, wrap16s(row.black(x) - 128));
     }
   }
   for (Orb32s y = 0; y < 8; ++y) {
@@ -133,31 +144,11 @@ inline void orbConvertFromMcu(const Orb16s* const* mcu, const Destination& dst) 
   for (Orb32s y = 0; y < Layout::kHeight; ++y) {
     const Destination row = dst.at(0, y);
     for (Orb32s x = 0; x < Layout::kWidth; ++x) {
+      const ptrdiff_t i = Layout::whole(x, y);
       const ptrdiff_t shared = Layout::shared(x, y);
-      row.write(x, Conversion::convert({load(mcu[0] + Layout::whole(x, y)), load(mcu[1] + shared),
-                                        load(mcu[2] + shared)}));
-    }
-  }
-}
-
-// The fourth component: never subsampled, and not limited.
-
-template <class Layout>
-inline void orbBlackToMcu(const CmykImage<const Orb8u>& src, Orb16s* blocks) {
-  for (Orb32s y = 0; y < Layout::kHeight; ++y) {
-    const auto row = src.at(0, y);
-    for (Orb32s x = 0; x < Layout::kWidth; ++x) {
-      store(blocks + Layout::whole(x, y), wrap16s(row.black(x) - 128));
-    }
-  }
-}
-
-template <class Layout>
-inline void orbBlackFromMcu(const Orb16s* blocks, const CmykImage<Orb8u>& dst) {
-  for (Orb32s y = 0; y < Layout::kHeight; ++y) {
-    const auto row = dst.at(0, y);
-    for (Orb32s x = 0; x < Layout::kWidth; ++x) {
-      row.black(x) = wrap8u(load(blocks + Layout::whole(x, y)) - 128);
+      row.write(
+          x, Conversion::convert({load(mcu[0] + i), load(mcu[1] + shared), load(mcu[2] + shared)}));
+      if constexpr (kComponents<Destination> == 4) row.black(x) = wrap8u(load(mcu[3] + i) - 128);
     }
   }
 }
