@@ -37,6 +37,11 @@ inline void storeLimited8u(Orb8u* p, I16 a) {
   const __m128i high = _mm256_extracti128_si256(a.v, 1);
   _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(low, high));
 }
+inline void storeLimited8u(Orb8u* p, I16 a, I16 b) {
+  const __m256i halves = _mm256_packus_epi16(a.v, b.v);
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p),
+                      _mm256_permute4x64_epi64(halves, _MM_SHUFFLE(3, 1, 2, 0)));
+}
 inline I16 operator+(I16 a, I16 b) {
   return {_mm256_add_epi16(a.v, b.v)};
 }
@@ -127,6 +132,9 @@ inline I16 loadWide8u(const Orb8u* p) {
 // Words to bytes, limited to 0..255.
 inline void storeLimited8u(Orb8u* p, I16 a) {
   _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(a.v, a.v));
+}
+inline void storeLimited8u(Orb8u* p, I16 a, I16 b) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(a.v, b.v));
 }
 inline I16 operator+(I16 a, I16 b) {
   return {_mm_add_epi16(a.v, b.v)};

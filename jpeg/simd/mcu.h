@@ -57,15 +57,35 @@ struct Pixels {
   __m128i channel[4];
 };
 
-// Four times, the two halves of all bytes are shuffled into each other like cards: that leaves
-// every third byte, or every fourth, in a vector of its own.
+// Two ways to bring the channels of pixels apart. By shuffles, where there are any; or four times,
+// the two halves of all bytes are laid into each other like cards: that leaves every third byte, or
+// every fourth, in a vector of its own.
 
-template <class Byte, Order kOrder>
-inline Pixels readPixels(const InterleavedImage<Byte, kOrder, 3>& upper,
-                         const InterleavedImage<Byte, kOrder, 3>& lower) {
-  __m128i a = load16(upper.first);
-  __m128i b = _mm_unpacklo_epi64(load8(upper.first + 16), load8(lower.first));
-  __m128i c = load16(lower.first + 8);
+#if defined(__SSSE3__)
+
+// Four pixels of three bytes each, the first at byte kFirst: four of each channel, and zeros.
+template <int kFirst>
+inline __m128i byChannels(__m128i a) {
+  constexpr int i = kFirst;
+  return _mm_shuffle_epi8(a, _mm_setr_epi8(i, i + 3, i + 6, i + 9, i + 1, i + 4, i + 7, i + 10,
+                                           i + 2, i + 5, i + 8, i + 11, -1, -1, -1, -1));
+}
+
+inline Pixels readTriples(const Orb8u* upper, const Orb8u* lower) {
+  const __m128i p = byChannels<0>(load16(upper)), q = byChannels<4>(load16(upper + 8));
+  const __m128i r = byChannels<0>(load16(lower)), s = byChannels<4>(load16(lower + 8));
+  const __m128i abUpper = _mm_unpacklo_epi32(p, q), cUpper = _mm_unpackhi_epi32(p, q);
+  const __m128i abLower = _mm_unpacklo_epi32(r, s), cLower = _mm_unpackhi_epi32(r, s);
+  return {{_mm_unpacklo_epi64(abUpper, abLower), _mm_unpackhi_epi64(abUpper, abLower),
+           _mm_unpacklo_epi64(cUpper, cLower)}};
+}
+
+#else
+
+inline Pixels readTriples(const Orb8u* upper, const Orb8u* lower) {
+  __m128i a = load16(upper);
+  __m128i b = _mm_unpacklo_epi64(load8(upper + 16), load8(lower));
+  __m128i c = load16(lower + 8);
   for (int round = 0; round < 4; ++round) {
     const __m128i x = _mm_unpacklo_epi8(a, highHalf(b));
     const __m128i y = _mm_unpacklo_epi8(highHalf(a), c);
@@ -74,7 +94,17 @@ inline Pixels readPixels(const InterleavedImage<Byte, kOrder, 3>& upper,
     b = y;
     c = z;
   }
-  return kOrder == Order::rgb ? Pixels{{a, b, c}} : Pixels{{c, b, a}};
+  return {{a, b, c}};
+}
+
+#endif
+
+template <class Byte, Order kOrder>
+inline Pixels readPixels(const InterleavedImage<Byte, kOrder, 3>& upper,
+                         const InterleavedImage<Byte, kOrder, 3>& lower) {
+  const Pixels p = readTriples(upper.first, lower.first);
+  if constexpr (kOrder == Order::rgb) return p;
+  return {{p.channel[2], p.channel[1], p.channel[0]}};
 }
 
 template <class Byte>
@@ -176,7 +206,7 @@ inline void writePixels(const Pixels& p, const SharedPairsImage<Orb8u>& upper,
 
 // A byte for each pixel and channel, in the order of the first component's blocks.
 struct Planes {
-  alignas(16) Orb8u channel[4][Mcu411::kPixels];
+  alignas(32) Orb8u channel[4][Mcu411::kPixels];
 };
 
 // Calls visit(i, x, y) for each place of 16 pixels in the planes, and of the first of them.
@@ -227,19 +257,15 @@ inline I16 sumsOfGroups(const Orb8u* plane, Orb32s i) {
   }
 }
 
-// What the pixels from place `i` of the planes on take from a block of shared values.
+// What the pixels of a block, from place `i` of it on, take from the block of shared values.
 template <class Layout>
-inline I16 sharedValues(const Orb16s* block, Orb32s i) {
-  const bool isLeft = i / 64 % 2 == 0;
+inline I16 sharedValues(const Orb16s* shared, Orb32s block, Orb32s i) {
   if constexpr (Layout::kGroupColumns == 1) {
-    return loadI16(block + i);
-  } else if constexpr (Layout::kGroupRows == 1) {
-    const I16 values = loadI16(block + i % 64);
-    return isLeft ? doubleLeft(values) : doubleRight(values);
+    return loadI16(shared + i);
   } else {
-    const Orb32s row = i / 128 * 4 + i % 64 / 16;
-    const I16 values = loadRowI16(block + row * 8);
-    return isLeft ? doubleLeft(values) : doubleRight(values);
+    const I16 values = Layout::kGroupRows == 1 ? loadI16(shared + i)
+                                               : loadRowI16(shared + block / 2 * 32 + i / 16 * 8);
+    return block % 2 == 0 ? doubleLeft(values) : doubleRight(values);
   }
 }
 
@@ -277,25 +303,44 @@ struct ShiftDown {
   }
 };
 
-// For each channel, what a group shares, and the sample less 128 from that and luma.
+// For each channel, the values that groups share, and the sample less 128 from them and luma. The
+// room is for values that are in no block.
 
 struct ShiftedInverse {
-  static I16 shared(int channel, I16 cb, I16 cr) {
-    switch (channel) {
-      case 0:
-        return cr + mulHigh(cr, splatI16(91881 - 65536));
-      case 1:
-        return narrow(sumsOfProducts(cb, -22554, cr, 65536 - 46802), 16) - cr;
-      default:
-        return cb + cb + mulHigh(cb, splatI16(116130 - 2 * 65536));
+  template <int kChannel>
+  static const Orb16s* shared(const Orb16s* cb, const Orb16s* cr, Orb16s* room) {
+    for (Orb32s i = 0; i < 64; i += kI16Lanes) {
+      storeI16(room + i, offset<kChannel>(loadI16(cb + i), loadI16(cr + i)));
+    }
+    return room;
+  }
+  template <int kChannel>
+  static I16 sample(I16 luma, I16 shared) {
+    return addSaturated(luma, shared);
+  }
+
+ private:
+  template <int kChannel>
+  static I16 offset(I16 cb, I16 cr) {
+    if constexpr (kChannel == 0) {
+      return cr + mulHigh(cr, splatI16(91881 - 65536));
+    } else if constexpr (kChannel == 1) {
+      return narrow(sumsOfProducts(cb, -22554, cr, 65536 - 46802), 16) - cr;
+    } else {
+      return cb + cb + mulHigh(cb, splatI16(116130 - 2 * 65536));
     }
   }
-  static I16 sample(int, I16 luma, I16 shared) { return addSaturated(luma, shared); }
 };
 
 struct ShiftUp {
-  static I16 shared(int channel, I16 b, I16 c) { return channel == 1 ? b : c; }
-  static I16 sample(int channel, I16 a, I16 shared) { return channel == 0 ? a : shared; }
+  template <int kChannel>
+  static const Orb16s* shared(const Orb16s* second, const Orb16s* third, Orb16s*) {
+    return kChannel == 1 ? second : third;
+  }
+  template <int kChannel>
+  static I16 sample(I16 first, I16 shared) {
+    return kChannel == 0 ? first : shared;
+  }
 };
 
 // ---- Whole MCUs
@@ -316,17 +361,19 @@ template <class Layout, class Conversion>
   }
 }
 
-template <class Layout, class Conversion>
-[[gnu::noinline]] void mcuToPlanes(const Orb16s* const* mcu, Planes& planes) {
-  for (int channel = 0; channel < 3; ++channel) {
-    Orb16s shared[64];
-    for (Orb32s i = 0; i < 64; i += kI16Lanes) {
-      storeI16(shared + i, Conversion::shared(channel, loadI16(mcu[1] + i), loadI16(mcu[2] + i)));
-    }
-    for (Orb32s i = 0; i < Layout::kPixels; i += kI16Lanes) {
-      const I16 sample =
-          Conversion::sample(channel, loadI16(mcu[0] + i), sharedValues<Layout>(shared, i));
-      storeLimited8u(planes.channel[channel] + i, addSaturated(sample, splatI16(128)));
+template <class Layout, class Conversion, int kChannel>
+[[gnu::noinline]] void mcuToPlane(const Orb16s* const* mcu, Orb8u* plane) {
+  alignas(32) Orb16s room[64];
+  const Orb16s* const shared = Conversion::template shared<kChannel>(mcu[1], mcu[2], room);
+  for (Orb32s block = 0; block < Layout::kPixels / 64; ++block) {
+    const auto sample = [=](Orb32s i) {
+      const I16 luma = loadI16(mcu[0] + block * 64 + i);
+      const I16 value =
+          Conversion::template sample<kChannel>(luma, sharedValues<Layout>(shared, block, i));
+      return addSaturated(value, splatI16(128));
+    };
+    for (Orb32s i = 0; i < 64; i += 2 * kI16Lanes) {
+      storeLimited8u(plane + block * 64 + i, sample(i), sample(i + kI16Lanes));
     }
   }
 }
@@ -346,11 +393,15 @@ inline void orbConvertToMcu(const Source& src, Orb16s* const* mcu) {
 template <class Layout, class Conversion, class Destination>
 inline void orbConvertFromMcu(const Orb16s* const* mcu, const Destination& dst) {
   Planes planes;
-  mcuToPlanes<Layout, Conversion>(mcu, planes);
+  mcuToPlane<Layout, Conversion, 0>(mcu, planes.channel[0]);
+  mcuToPlane<Layout, Conversion, 1>(mcu, planes.channel[1]);
+  mcuToPlane<Layout, Conversion, 2>(mcu, planes.channel[2]);
   if constexpr (kComponents<Destination> == 4) {
-    for (Orb32s i = 0; i < Layout::kPixels; i += kI16Lanes) {
-      const I16 black = loadI16(mcu[3] + i) - splatI16(128);
-      storeLimited8u(planes.channel[3] + i, shiftRightUnsigned(black << 8, 8));
+    const auto black = [=](Orb32s i) {
+      return shiftRightUnsigned((loadI16(mcu[3] + i) - splatI16(128)) << 8, 8);
+    };
+    for (Orb32s i = 0; i < Layout::kPixels; i += 2 * kI16Lanes) {
+      storeLimited8u(planes.channel[3] + i, black(i), black(i + kI16Lanes));
     }
   }
   writePlanes<Layout>(planes, dst);
