@@ -41,7 +41,9 @@ inline OrbStatus orbEncodeRows(BitWriter& writer, const Orb16s* const* rows, Orb
   Orb32s value = 0;
   if (category >= 16) {
     value = -32768;
-  } else if (category != 0) {
+  } else if (reader.bitCount >= category || category != 0) {
+    // No bits are wanted for category 0, not even where fewer than none are left. That stands
+    // second: the first is nearly always true, and no branch depends on the category.
     status = fetchValue(reader, category, value);
     if (status != orbStsNoErr) return status;
   }
