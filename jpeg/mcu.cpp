@@ -61,27 +61,25 @@ static OrbStatus fromMcu(const Orb16s* const* pSrcMCU, Sample* pDst, Orb32s dstS
     return fromMcu<Layout, Conversion, Image>(pSrcMCU, pDst, dstStep);                  \
   }
 
-#define ORB_EACH_LAYOUT(body, head, tail, Conversion, Image, Sample) \
-  body(head##444##tail, Mcu444, Conversion, Image, Sample)           \
-      body(head##422##tail, Mcu422, Conversion, Image, Sample)       \
+#define ORB_THREE(body, head, tail, Conversion, Image, Sample) \
+  body(head##444##tail, Mcu444, Conversion, Image, Sample)     \
+      body(head##422##tail, Mcu422, Conversion, Image, Sample) \
           body(head##411##tail, Mcu411, Conversion, Image, Sample)
 
-// clang-format off
-ORB_EACH_LAYOUT(ORB_TO_MCU, orbiRGBToYCbCr, LS_MCU_8u16s_C3P3R, ShiftedForward, RgbImage, Orb8u)
-ORB_EACH_LAYOUT(ORB_TO_MCU, orbiBGRToYCbCr, LS_MCU_8u16s_C3P3R, ShiftedForward, BgrImage, Orb8u)
-ORB_EACH_LAYOUT(ORB_TO_MCU, orbiBGR555ToYCbCr, LS_MCU_16u16s_C3P3R, ShiftedForward, Bgr555Image, Orb16u)
-ORB_EACH_LAYOUT(ORB_TO_MCU, orbiBGR565ToYCbCr, LS_MCU_16u16s_C3P3R, ShiftedForward, Bgr565Image, Orb16u)
-ORB_EACH_LAYOUT(ORB_TO_MCU, orbiCMYKToYCCK, LS_MCU_8u16s_C4P4R, ShiftedForward, CmykImage, Orb8u)
-ORB_EACH_LAYOUT(ORB_TO_MCU, orbiSampleDown, LS_MCU_8u16s_C3P3R, ShiftDown, RgbImage, Orb8u)
+ORB_THREE(ORB_TO_MCU, orbiRGBToYCbCr, LS_MCU_8u16s_C3P3R, ShiftedForward, RgbImage, Orb8u)
+ORB_THREE(ORB_TO_MCU, orbiBGRToYCbCr, LS_MCU_8u16s_C3P3R, ShiftedForward, BgrImage, Orb8u)
+ORB_THREE(ORB_TO_MCU, orbiBGR555ToYCbCr, LS_MCU_16u16s_C3P3R, ShiftedForward, Bgr555Image, Orb16u)
+ORB_THREE(ORB_TO_MCU, orbiBGR565ToYCbCr, LS_MCU_16u16s_C3P3R, ShiftedForward, Bgr565Image, Orb16u)
+ORB_THREE(ORB_TO_MCU, orbiCMYKToYCCK, LS_MCU_8u16s_C4P4R, ShiftedForward, CmykImage, Orb8u)
+ORB_THREE(ORB_TO_MCU, orbiSampleDown, LS_MCU_8u16s_C3P3R, ShiftDown, RgbImage, Orb8u)
 ORB_TO_MCU(orbiSplit422LS_MCU_8u16s_C2P3R, Mcu422, ShiftDown, SharedPairsImage, Orb8u)
 
-ORB_EACH_LAYOUT(ORB_FROM_MCU, orbiYCbCr, ToRGBLS_MCU_16s8u_P3C3R, ShiftedInverse, RgbImage, Orb8u)
-ORB_EACH_LAYOUT(ORB_FROM_MCU, orbiYCbCr, ToBGRLS_MCU_16s8u_P3C3R, ShiftedInverse, BgrImage, Orb8u)
-ORB_EACH_LAYOUT(ORB_FROM_MCU, orbiYCbCr, ToBGR555LS_MCU_16s16u_P3C3R, ShiftedInverse, Bgr555Image, Orb16u)
-ORB_EACH_LAYOUT(ORB_FROM_MCU, orbiYCbCr, ToBGR565LS_MCU_16s16u_P3C3R, ShiftedInverse, Bgr565Image, Orb16u)
-ORB_EACH_LAYOUT(ORB_FROM_MCU, orbiYCCK, ToCMYKLS_MCU_16s8u_P4C4R, ShiftedInverse, CmykImage, Orb8u)
-ORB_EACH_LAYOUT(ORB_FROM_MCU, orbiSampleUp, LS_MCU_16s8u_P3C3R, ShiftUp, RgbImage, Orb8u)
+ORB_THREE(ORB_FROM_MCU, orbiYCbCr, ToRGBLS_MCU_16s8u_P3C3R, ShiftedInverse, RgbImage, Orb8u)
+ORB_THREE(ORB_FROM_MCU, orbiYCbCr, ToBGRLS_MCU_16s8u_P3C3R, ShiftedInverse, BgrImage, Orb8u)
+ORB_THREE(ORB_FROM_MCU, orbiYCbCr, ToBGR555LS_MCU_16s16u_P3C3R, ShiftedInverse, Bgr555Image, Orb16u)
+ORB_THREE(ORB_FROM_MCU, orbiYCbCr, ToBGR565LS_MCU_16s16u_P3C3R, ShiftedInverse, Bgr565Image, Orb16u)
+ORB_THREE(ORB_FROM_MCU, orbiYCCK, ToCMYKLS_MCU_16s8u_P4C4R, ShiftedInverse, CmykImage, Orb8u)
+ORB_THREE(ORB_FROM_MCU, orbiSampleUp, LS_MCU_16s8u_P3C3R, ShiftUp, RgbImage, Orb8u)
 ORB_FROM_MCU(orbiJoin422LS_MCU_16s8u_P3C2R, Mcu422, ShiftUp, SharedPairsImage, Orb8u)
-// clang-format on
 
 }  // namespace orb::ORB_BUILD

@@ -78,6 +78,8 @@ struct AlphaImage {
 // Words of 5 + 5 + 5 or 5 + 6 + 5 bits, red or blue lowest. A field holds the top bits of a sample.
 template <class Word, Order kOrder, int kGreenBits>
 struct PackedImage {
+  static constexpr Orb32s kGreenMask = 0x100 - (1 << (8 - kGreenBits));
+
   Word* first;
   Orb32s step;
 
@@ -98,9 +100,6 @@ struct PackedImage {
   }
 
   bool anyNull() const { return !first; }
-
- private:
-  static constexpr Orb32s kGreenMask = 0x100 - (1 << (8 - kGreenBits));
 };
 
 // One plane for each component; a fourth, of four, holds black.

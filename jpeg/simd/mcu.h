@@ -1,8 +1,8 @@
 // Between the pixels of an MCU and its blocks, over vectors.
 //
-// Pixels are read and written 16 at a time, two rows of 8 within one block; on the way they are
-// planes of bytes, one for each channel, in the order of the blocks. So the arithmetic has neither
-// rows nor formats to mind, and layouts only where chroma is summed and spread.
+// Pixels are read and written 16 at a time; on the way they are planes of bytes, one for each
+// channel, in the order of the blocks. So the arithmetic has neither rows nor formats to mind, and
+// layouts only where chroma is summed and spread.
 #ifndef ORB_JPEG_SIMD_MCU_H
 #define ORB_JPEG_SIMD_MCU_H
 
@@ -51,7 +51,7 @@ inline __m128i withoutFourth(__m128i a) {
 #endif
 }
 
-// ---- Sixteen pixels, of which the first eight begin at one image and the others at another
+// ---- Sixteen pixels, of which eight begin at one image, and the others at another
 
 struct Pixels {
   __m128i channel[4];
@@ -71,21 +71,21 @@ inline __m128i byChannels(__m128i a) {
                                            i + 2, i + 5, i + 8, i + 11, -1, -1, -1, -1));
 }
 
-inline Pixels readTriples(const Orb8u* upper, const Orb8u* lower) {
-  const __m128i p = byChannels<0>(load16(upper)), q = byChannels<4>(load16(upper + 8));
-  const __m128i r = byChannels<0>(load16(lower)), s = byChannels<4>(load16(lower + 8));
-  const __m128i abUpper = _mm_unpacklo_epi32(p, q), cUpper = _mm_unpackhi_epi32(p, q);
-  const __m128i abLower = _mm_unpacklo_epi32(r, s), cLower = _mm_unpackhi_epi32(r, s);
-  return {{_mm_unpacklo_epi64(abUpper, abLower), _mm_unpackhi_epi64(abUpper, abLower),
-           _mm_unpacklo_epi64(cUpper, cLower)}};
+inline Pixels readTriples(const Orb8u* one, const Orb8u* other) {
+  const __m128i p = byChannels<0>(load16(one)), q = byChannels<4>(load16(one + 8));
+  const __m128i r = byChannels<0>(load16(other)), s = byChannels<4>(load16(other + 8));
+  const __m128i abOne = _mm_unpacklo_epi32(p, q), cOne = _mm_unpackhi_epi32(p, q);
+  const __m128i abOther = _mm_unpacklo_epi32(r, s), cOther = _mm_unpackhi_epi32(r, s);
+  return {{_mm_unpacklo_epi64(abOne, abOther), _mm_unpackhi_epi64(abOne, abOther),
+           _mm_unpacklo_epi64(cOne, cOther)}};
 }
 
 #else
 
-inline Pixels readTriples(const Orb8u* upper, const Orb8u* lower) {
-  __m128i a = load16(upper);
-  __m128i b = _mm_unpacklo_epi64(load8(upper + 16), load8(lower));
-  __m128i c = load16(lower + 8);
+inline Pixels readTriples(const Orb8u* one, const Orb8u* other) {
+  __m128i a = load16(one);
+  __m128i b = _mm_unpacklo_epi64(load8(one + 16), load8(other));
+  __m128i c = load16(other + 8);
   for (int round = 0; round < 4; ++round) {
     const __m128i x = _mm_unpacklo_epi8(a, highHalf(b));
     const __m128i y = _mm_unpacklo_epi8(highHalf(a), c);
@@ -100,17 +100,17 @@ inline Pixels readTriples(const Orb8u* upper, const Orb8u* lower) {
 #endif
 
 template <class Byte, Order kOrder>
-inline Pixels readPixels(const InterleavedImage<Byte, kOrder, 3>& upper,
-                         const InterleavedImage<Byte, kOrder, 3>& lower) {
-  const Pixels p = readTriples(upper.first, lower.first);
+inline Pixels readPixels(const InterleavedImage<Byte, kOrder, 3>& one,
+                         const InterleavedImage<Byte, kOrder, 3>& other) {
+  const Pixels p = readTriples(one.first, other.first);
   if constexpr (kOrder == Order::rgb) return p;
   return {{p.channel[2], p.channel[1], p.channel[0]}};
 }
 
 template <class Byte>
-inline Pixels readPixels(const CmykImage<Byte>& upper, const CmykImage<Byte>& lower) {
-  __m128i a = load16(upper.inks.first), b = load16(upper.inks.first + 16);
-  __m128i c = load16(lower.inks.first), d = load16(lower.inks.first + 16);
+inline Pixels readPixels(const CmykImage<Byte>& one, const CmykImage<Byte>& other) {
+  __m128i a = load16(one.inks.first), b = load16(one.inks.first + 16);
+  __m128i c = load16(other.inks.first), d = load16(other.inks.first + 16);
   for (int round = 0; round < 4; ++round) {
     const __m128i w = _mm_unpacklo_epi8(a, c), x = _mm_unpackhi_epi8(a, c);
     const __m128i y = _mm_unpacklo_epi8(b, d), z = _mm_unpackhi_epi8(b, d);
@@ -124,10 +124,10 @@ inline Pixels readPixels(const CmykImage<Byte>& upper, const CmykImage<Byte>& lo
 }
 
 template <class Word, int kGreenBits>
-inline Pixels readPixels(const PackedImage<Word, Order::bgr, kGreenBits>& upper,
-                         const PackedImage<Word, Order::bgr, kGreenBits>& lower) {
-  constexpr int kGreenMask = 0x100 - (1 << (8 - kGreenBits));
-  const __m128i a = load16(upper.first), b = load16(lower.first);
+inline Pixels readPixels(const PackedImage<Word, Order::bgr, kGreenBits>& one,
+                         const PackedImage<Word, Order::bgr, kGreenBits>& other) {
+  constexpr int kGreenMask = PackedImage<Word, Order::bgr, kGreenBits>::kGreenMask;
+  const __m128i a = load16(one.first), b = load16(other.first);
   const auto bytes = [=](auto fieldOf) { return _mm_packus_epi16(fieldOf(a), fieldOf(b)); };
   return {{bytes([](__m128i w) { return field(_mm_srli_epi16(w, kGreenBits + 2), 0xF8); }),
            bytes([](__m128i w) { return field(_mm_srli_epi16(w, kGreenBits - 3), kGreenMask); }),
@@ -135,13 +135,12 @@ inline Pixels readPixels(const PackedImage<Word, Order::bgr, kGreenBits>& upper,
 }
 
 template <class Byte>
-inline Pixels readPixels(const SharedPairsImage<Byte>& upper, const SharedPairsImage<Byte>& lower) {
-  const __m128i a = load16(upper.first), b = load16(lower.first);
+inline Pixels readPixels(const SharedPairsImage<Byte>& one, const SharedPairsImage<Byte>& other) {
+  const __m128i a = load16(one.first), b = load16(other.first);
   const __m128i shared = _mm_packus_epi16(highBytes(a), highBytes(b));
-  const __m128i second = lowBytes(shared), third = highBytes(shared);
-  return {{_mm_packus_epi16(lowBytes(a), lowBytes(b)),
-           _mm_or_si128(second, _mm_slli_epi16(second, 8)),
-           _mm_or_si128(third, _mm_slli_epi16(third, 8))}};
+  const __m128i cb = lowBytes(shared), cr = highBytes(shared);
+  return {{_mm_packus_epi16(lowBytes(a), lowBytes(b)), _mm_or_si128(cb, _mm_slli_epi16(cb, 8)),
+           _mm_or_si128(cr, _mm_slli_epi16(cr, 8))}};
 }
 
 // Eight pixels of three bytes from words of four.
@@ -152,35 +151,35 @@ inline void store24(Orb8u* p, __m128i first, __m128i second) {
 }
 
 template <Order kOrder>
-inline void writePixels(const Pixels& p, const InterleavedImage<Orb8u, kOrder, 3>& upper,
-                        const InterleavedImage<Orb8u, kOrder, 3>& lower) {
+inline void writePixels(const Pixels& p, const InterleavedImage<Orb8u, kOrder, 3>& one,
+                        const InterleavedImage<Orb8u, kOrder, 3>& other) {
   const __m128i a = p.channel[kOrder == Order::rgb ? 0 : 2];
   const __m128i b = p.channel[1];
   const __m128i c = p.channel[kOrder == Order::rgb ? 2 : 0];
   const __m128i none = _mm_setzero_si128();
   const __m128i abLow = _mm_unpacklo_epi8(a, b), cLow = _mm_unpacklo_epi8(c, none);
   const __m128i abHigh = _mm_unpackhi_epi8(a, b), cHigh = _mm_unpackhi_epi8(c, none);
-  store24(upper.first, _mm_unpacklo_epi16(abLow, cLow), _mm_unpackhi_epi16(abLow, cLow));
-  store24(lower.first, _mm_unpacklo_epi16(abHigh, cHigh), _mm_unpackhi_epi16(abHigh, cHigh));
+  store24(one.first, _mm_unpacklo_epi16(abLow, cLow), _mm_unpackhi_epi16(abLow, cLow));
+  store24(other.first, _mm_unpacklo_epi16(abHigh, cHigh), _mm_unpackhi_epi16(abHigh, cHigh));
 }
 
-inline void writePixels(const Pixels& p, const CmykImage<Orb8u>& upper,
-                        const CmykImage<Orb8u>& lower) {
+inline void writePixels(const Pixels& p, const CmykImage<Orb8u>& one,
+                        const CmykImage<Orb8u>& other) {
   const __m128i all = _mm_set1_epi8(-1);
   const __m128i a = _mm_xor_si128(p.channel[0], all), b = _mm_xor_si128(p.channel[1], all);
   const __m128i c = _mm_xor_si128(p.channel[2], all), d = p.channel[3];
   const __m128i abLow = _mm_unpacklo_epi8(a, b), cdLow = _mm_unpacklo_epi8(c, d);
   const __m128i abHigh = _mm_unpackhi_epi8(a, b), cdHigh = _mm_unpackhi_epi8(c, d);
-  store16(upper.inks.first, _mm_unpacklo_epi16(abLow, cdLow));
-  store16(upper.inks.first + 16, _mm_unpackhi_epi16(abLow, cdLow));
-  store16(lower.inks.first, _mm_unpacklo_epi16(abHigh, cdHigh));
-  store16(lower.inks.first + 16, _mm_unpackhi_epi16(abHigh, cdHigh));
+  store16(one.inks.first, _mm_unpacklo_epi16(abLow, cdLow));
+  store16(one.inks.first + 16, _mm_unpackhi_epi16(abLow, cdLow));
+  store16(other.inks.first, _mm_unpacklo_epi16(abHigh, cdHigh));
+  store16(other.inks.first + 16, _mm_unpackhi_epi16(abHigh, cdHigh));
 }
 
 template <int kGreenBits>
-inline void writePixels(const Pixels& p, const PackedImage<Orb16u, Order::bgr, kGreenBits>& upper,
-                        const PackedImage<Orb16u, Order::bgr, kGreenBits>& lower) {
-  constexpr int kGreenMask = 0x100 - (1 << (8 - kGreenBits));
+inline void writePixels(const Pixels& p, const PackedImage<Orb16u, Order::bgr, kGreenBits>& one,
+                        const PackedImage<Orb16u, Order::bgr, kGreenBits>& other) {
+  constexpr int kGreenMask = PackedImage<Orb16u, Order::bgr, kGreenBits>::kGreenMask;
   const auto pack = [](__m128i r, __m128i g, __m128i b) {
     return _mm_or_si128(_mm_srli_epi16(b, 3),
                         _mm_or_si128(_mm_slli_epi16(field(g, kGreenMask), kGreenBits - 3),
@@ -190,16 +189,16 @@ inline void writePixels(const Pixels& p, const PackedImage<Orb16u, Order::bgr, k
   const auto low = [=](__m128i a) { return _mm_unpacklo_epi8(a, none); };
   const auto high = [=](__m128i a) { return _mm_unpackhi_epi8(a, none); };
   const auto& [r, g, b, unused] = p.channel;
-  store16(upper.first, pack(low(r), low(g), low(b)));
-  store16(lower.first, pack(high(r), high(g), high(b)));
+  store16(one.first, pack(low(r), low(g), low(b)));
+  store16(other.first, pack(high(r), high(g), high(b)));
 }
 
-inline void writePixels(const Pixels& p, const SharedPairsImage<Orb8u>& upper,
-                        const SharedPairsImage<Orb8u>& lower) {
+inline void writePixels(const Pixels& p, const SharedPairsImage<Orb8u>& one,
+                        const SharedPairsImage<Orb8u>& other) {
   const __m128i shared =
       _mm_or_si128(lowBytes(p.channel[1]), _mm_slli_epi16(highBytes(p.channel[2]), 8));
-  store16(upper.first, _mm_unpacklo_epi8(p.channel[0], shared));
-  store16(lower.first, _mm_unpackhi_epi8(p.channel[0], shared));
+  store16(one.first, _mm_unpacklo_epi8(p.channel[0], shared));
+  store16(other.first, _mm_unpackhi_epi8(p.channel[0], shared));
 }
 
 // ---- Planes
@@ -209,34 +208,33 @@ struct Planes {
   alignas(32) Orb8u channel[4][Mcu411::kPixels];
 };
 
-// Calls visit(i, x, y) for each place of 16 pixels in the planes, and of the first of them.
-template <class Layout, class Visit>
-inline void forEachTwoRows(Visit visit) {
+template <class Layout, class Source>
+[[gnu::noinline]] void readPlanes(const Source& src, Planes& planes) {
   Orb32s i = 0;
   for (Orb32s top = 0; top < Layout::kHeight; top += 8) {
     for (Orb32s x = 0; x < Layout::kWidth; x += 8) {
-      for (Orb32s y = top; y < top + 8; y += 2, i += 16) visit(i, x, y);
+      for (Orb32s y = top; y < top + 8; y += 2, i += 16) {
+        const Pixels p = readPixels(src.at(x, y), src.at(x, y + 1));
+        for (int c = 0; c < kComponents<Source>; ++c) store16(planes.channel[c] + i, p.channel[c]);
+      }
     }
   }
 }
 
-template <class Layout, class Source>
-[[gnu::noinline]] void readPlanes(const Source& src, Planes& planes) {
-  forEachTwoRows<Layout>([&](Orb32s i, Orb32s x, Orb32s y) {
-    const Pixels pixels = readPixels(src.at(x, y), src.at(x, y + 1));
-    for (int c = 0; c < kComponents<Source>; ++c) store16(planes.channel[c] + i, pixels.channel[c]);
-  });
-}
-
+// From the first pixel to the last, as rows may overlap.
 template <class Layout, class Destination>
 [[gnu::noinline]] void writePlanes(const Planes& planes, const Destination& dst) {
-  forEachTwoRows<Layout>([&](Orb32s i, Orb32s x, Orb32s y) {
-    Pixels pixels = {};
+  constexpr bool kIsRow = Layout::kWidth == 16;
+  for (Orb32s y = 0; y < Layout::kHeight; y += kIsRow ? 1 : 2) {
+    const ptrdiff_t first = Layout::whole(0, y);
+    const ptrdiff_t second = kIsRow ? Layout::whole(8, y) : Layout::whole(0, y + 1);
+    Pixels p = {};
     for (int c = 0; c < kComponents<Destination>; ++c) {
-      pixels.channel[c] = load16(planes.channel[c] + i);
+      const Orb8u* const plane = planes.channel[c];
+      p.channel[c] = _mm_unpacklo_epi64(load8(plane + first), load8(plane + second));
     }
-    writePixels(pixels, dst.at(x, y), dst.at(x, y + 1));
-  });
+    writePixels(p, dst.at(0, y), kIsRow ? dst.at(8, y) : dst.at(0, y + 1));
+  }
 }
 
 // ---- Chroma, from a plane to what groups share and back

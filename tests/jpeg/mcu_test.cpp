@@ -588,6 +588,37 @@ ORB_MEANING(orbiRGBToYCbCr411LS_MCU_8u16s_C3P3R, AnyStep) {
   }
 }
 
+template <class Sample>
+void expectRowsInOrder(FromMcu<Sample> function, Family family) {
+  Random random("steps");
+  for (const int step : {1, 2, 5, 8, family.rowBytes() / 2, family.rowBytes() - 1, 1000}) {
+    Mcu src(family, {});
+    fillBlocks(src, family, random);
+    const int size = step * (family.shape.height - 1) + family.rowBytes();
+    Plane<Orb8u> expected(size, 1), actual(size, 1);
+    Pixels rows = makePixels(family);
+    modelFromMcu(family, src, rows);
+    for (int y = 0; y < rows.height(); ++y) {
+      for (int i = 0; i < rows.width(); ++i) expected.set(y * step + i, 0, rows.at(i, y));
+    }
+    const auto blocks = src.pointers();
+    ASSERT_EQ(function(blocks.data(), reinterpret_cast<Sample*>(actual.data()), step), orbStsNoErr);
+    ASSERT_TRUE(actual.sameBytes(expected)) << "step " << step;
+  }
+}
+ORB_MEANING(orbiYCbCr444ToRGBLS_MCU_16s8u_P3C3R, AnyStep) {
+  expectRowsInOrder(ORB(orbiYCbCr444ToRGBLS_MCU_16s8u_P3C3R), {Format::kRgb, k444});
+}
+ORB_MEANING(orbiYCbCr422ToBGR565LS_MCU_16s16u_P3C3R, AnyStep) {
+  expectRowsInOrder(ORB(orbiYCbCr422ToBGR565LS_MCU_16s16u_P3C3R), {Format::kBgr565, k422});
+}
+ORB_MEANING(orbiYCCK411ToCMYKLS_MCU_16s8u_P4C4R, AnyStep) {
+  expectRowsInOrder(ORB(orbiYCCK411ToCMYKLS_MCU_16s8u_P4C4R), {Format::kCmyk, k411});
+}
+ORB_MEANING(orbiJoin422LS_MCU_16s8u_P3C2R, AnyStep) {
+  expectRowsInOrder(ORB(orbiJoin422LS_MCU_16s8u_P3C2R), {Format::kPairs, k422});
+}
+
 // ---- Every value there is
 
 TEST(JpegMcu, EveryColourForward) {
