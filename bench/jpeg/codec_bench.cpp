@@ -9,8 +9,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "hosts/jpeg_decode.h"
-#include "hosts/jpeg_encode.h"
+#include "hosts/jpeg/decode.h"
+#include "hosts/jpeg/encode.h"
 #include "orb90legacy.h"
 #include "tests/hosts/support/pictures.h"
 

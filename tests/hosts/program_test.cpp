@@ -11,8 +11,8 @@
 
 #include "hosts/file.h"
 #include "hosts/image_file.h"
-#include "hosts/jpeg_decode.h"
-#include "hosts/jpeg_encode.h"
+#include "hosts/jpeg/decode.h"
+#include "hosts/jpeg/encode.h"
 #include "orb90legacy.h"
 #include "tests/hosts/support/judges.h"
 #include "tests/hosts/support/pictures.h"

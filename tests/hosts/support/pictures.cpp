@@ -7,7 +7,7 @@
 #include <limits>
 
 #include "hosts/file.h"
-#include "hosts/jpeg_decode.h"
+#include "hosts/jpeg/decode.h"
 #include "tests/support/random.h"
 
 namespace orbtest {

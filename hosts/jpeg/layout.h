@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "hosts/jpeg_markers.h"
+#include "hosts/jpeg/markers.h"
 #include "orb90legacy.h"
 
 namespace orbhost::jpeg {

@@ -1,5 +1,5 @@
 // Our JPEG files, as others read them.
-#include "hosts/jpeg_encode.h"
+#include "hosts/jpeg/encode.h"
 
 #include <gtest/gtest.h>
 
@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "hosts/jpeg_decode.h"
-#include "hosts/jpeg_tables.h"
+#include "hosts/jpeg/decode.h"
+#include "hosts/jpeg/tables.h"
 #include "tests/hosts/support/judges.h"
 #include "tests/hosts/support/pictures.h"
 

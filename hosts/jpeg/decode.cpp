@@ -1,4 +1,4 @@
-#include "hosts/jpeg_decode.h"
+#include "hosts/jpeg/decode.h"
 
 #include <algorithm>
 #include <array>
@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "hosts/error.h"
-#include "hosts/jpeg_huffman.h"
-#include "hosts/jpeg_layout.h"
-#include "hosts/jpeg_markers.h"
+#include "hosts/jpeg/huffman.h"
+#include "hosts/jpeg/layout.h"
+#include "hosts/jpeg/markers.h"
 #include "orb90legacy.h"
 
 namespace orbhost::jpeg {

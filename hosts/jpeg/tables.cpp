@@ -1,4 +1,4 @@
-#include "hosts/jpeg_tables.h"
+#include "hosts/jpeg/tables.h"
 
 namespace orbhost::jpeg {
 

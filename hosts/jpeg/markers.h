@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "hosts/bytes.h"
-#include "hosts/jpeg_tables.h"
+#include "hosts/jpeg/tables.h"
 
 namespace orbhost::jpeg {
 

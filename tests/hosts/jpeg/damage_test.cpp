@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "hosts/jpeg_decode.h"
-#include "hosts/jpeg_encode.h"
+#include "hosts/jpeg/decode.h"
+#include "hosts/jpeg/encode.h"
 #include "tests/hosts/support/judges.h"
 #include "tests/hosts/support/pictures.h"
 #include "tests/support/guarded.h"

@@ -9,8 +9,8 @@
 #include "hosts/commands.h"
 #include "hosts/file.h"
 #include "hosts/image_file.h"
-#include "hosts/jpeg_decode.h"
-#include "hosts/jpeg_encode.h"
+#include "hosts/jpeg/decode.h"
+#include "hosts/jpeg/encode.h"
 #include "orb90legacy.h"
 
 namespace orbhost {

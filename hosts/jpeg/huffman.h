@@ -7,7 +7,7 @@
 #include <string>
 
 #include "hosts/error.h"
-#include "hosts/jpeg_tables.h"
+#include "hosts/jpeg/tables.h"
 #include "orb90legacy.h"
 
 namespace orbhost::jpeg {

@@ -1,5 +1,5 @@
 // Others' JPEG files, as we read them.
-#include "hosts/jpeg_decode.h"
+#include "hosts/jpeg/decode.h"
 
 #include <gtest/gtest.h>
 

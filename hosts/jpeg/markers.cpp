@@ -1,4 +1,4 @@
-#include "hosts/jpeg_markers.h"
+#include "hosts/jpeg/markers.h"
 
 #include <algorithm>
 #include <cstdio>
