@@ -150,13 +150,21 @@ void addDecode(CLI::App& jpeg) {
       .add_option("--scale", arguments->options.scale,
                   "Decode at a part of the size, which is also faster: 1/2, 1/4 or 1/8")
       ->transform(CLI::CheckedTransformer(kScales).description("1|1/2|1/4|1/8"));
+  command
+      .add_option("--scans-to", arguments->options.scansTo,
+                  "Show the picture as it is after N scans of a progressive file, and read no "
+                  "further")
+      ->type_name("N")
+      ->check(CLI::PositiveNumber);
   addStats(command, *arguments);
   command.footer(
       "Examples:\n"
       "  orb jpeg decode photo.jpg photo.png\n"
-      "  orb jpeg decode --scale 1/8 photo.jpg thumbnail.ppm\n\n"
-      "Reads baseline and extended sequential Huffman-coded files of 8-bit samples: grey, YCbCr,\n"
-      "RGB, CMYK and YCCK. A damaged or cut-off file is refused, and nothing is written.");
+      "  orb jpeg decode --scale 1/8 photo.jpg thumbnail.ppm\n"
+      "  orb jpeg decode --scans-to 3 progressive.jpg preview.png\n\n"
+      "Reads baseline, extended sequential and progressive Huffman-coded files of 8-bit samples:\n"
+      "grey, YCbCr, RGB, CMYK and YCCK. A damaged or cut-off file is refused, and nothing is\n"
+      "written; what lies behind the scans of --scans-to is not looked at.");
   command.callback([arguments] { decode(*arguments); });
 }
 

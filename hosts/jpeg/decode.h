@@ -8,12 +8,13 @@
 namespace orbhost::jpeg {
 
 struct DecodeOptions {
-  int scale = 1;  // the picture's size is divided by 1, 2, 4 or 8
+  int scale = 1;    // the picture's size is divided by 1, 2, 4 or 8
+  int scansTo = 0;  // the picture after that many scans; 0 is all of them
 };
 
-// Baseline and extended sequential Huffman-coded files of 8-bit samples: grey, YCbCr, RGB, CMYK and
-// YCCK with sampling factors of 1 and 2. The picture is grey or RGB. Throws an Error that names the
-// place in the file if it is damaged, cut off or of another kind.
+// Baseline, extended sequential and progressive Huffman-coded files of 8-bit samples: grey, YCbCr,
+// RGB, CMYK and YCCK with sampling factors of 1 and 2. The picture is grey or RGB. Throws an Error
+// that names the place in the file if it is damaged, cut off or of another kind.
 Image decodeJpeg(ByteView file, const DecodeOptions& options);
 
 }  // namespace orbhost::jpeg

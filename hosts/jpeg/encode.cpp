@@ -10,7 +10,7 @@
 #include "hosts/error.h"
 #include "hosts/jpeg/huffman.h"
 #include "hosts/jpeg/layout.h"
-#include "hosts/jpeg/markers.h"
+#include "hosts/jpeg/marker_writer.h"
 #include "hosts/jpeg/tables.h"
 #include "orb90legacy.h"
 
@@ -32,7 +32,7 @@ Frame makeFrame(const Image& image, Sampling sampling) {
     throw Error("a JPEG holds at most 65535 x 65535 pixels, not " + std::to_string(image.width()) +
                 " x " + std::to_string(image.height()));
   }
-  Frame frame = {kSof0, image.width(), image.height(), {}};
+  Frame frame = {kSof0, 8, image.width(), image.height(), {}};
   if (image.channels() == 1 || sampling == Sampling::kGrey) {
     frame.components = {{1, 1, 1, 0}};
   } else {
@@ -403,7 +403,7 @@ class Encoder {
       markers.huffman(1, kind, ac[kind]);
     }
     if (restartInterval_ != 0) markers.restartInterval(restartInterval_);
-    markers.scan(frame_, scan_);
+    markers.scan(frame_, scan_, {});
 
     ScanWriter writer(file, restartInterval_);
     for (int kind = 0; kind < kinds(); ++kind) writer.useTables(kind, dc[kind], ac[kind]);

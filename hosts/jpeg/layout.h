@@ -73,13 +73,30 @@ class BlockPlanes {
   std::vector<Plane> planes_;
 };
 
-// Visits the blocks of one row of an interleaved scan's MCUs in coding order. `visit` is told the
-// component's place in the scan, the component, and the block's column and row in it.
+// A scan codes one row of MCUs after the other. Where it has several components they are
+// interleaved; where it has one, an MCU is a block, and those that only fill up MCUs are left out.
+inline int mcuRowsOf(const Layout& layout, const std::vector<ScanComponent>& scan) {
+  return scan.size() > 1 ? layout.mcusHigh : layout.components[scan[0].component].blocksHigh;
+}
+inline int mcusPerRowOf(const Layout& layout, const std::vector<ScanComponent>& scan) {
+  return scan.size() > 1 ? layout.mcusWide : layout.components[scan[0].component].blocksWide;
+}
+
+// Visits the blocks of one row of a scan's MCUs in coding order. `visit` is told the component's
+// place in the scan, the component, and the block's column and row in it.
 template <class BeginMcu, class Visit>
 void walkMcuRow(const Layout& layout, const std::vector<ScanComponent>& scan, int mcuRow,
                 BeginMcu beginMcu, Visit visit) {
+  const int mcus = mcusPerRowOf(layout, scan);
+  if (scan.size() == 1) {
+    for (int column = 0; column < mcus; ++column) {
+      beginMcu();
+      visit(0, scan[0].component, column, mcuRow);
+    }
+    return;
+  }
   const int components = static_cast<int>(scan.size());
-  for (int mcu = 0; mcu < layout.mcusWide; ++mcu) {
+  for (int mcu = 0; mcu < mcus; ++mcu) {
     beginMcu();
     for (int i = 0; i < components; ++i) {
       const int c = scan[i].component;

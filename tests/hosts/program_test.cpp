@@ -85,6 +85,19 @@ TEST(Program, EncodesAndDecodes) {
                                       "out.ppm", "q.ppm"}));
 }
 
+TEST(Program, ShowsSomeScans) {
+  const Directory directory;
+  const Bytes file = orbtest::cjpeg(draw(Motif::kScene, 60, 40, 3), {"-progressive"});
+  writeFile(directory / "a.jpg", file);
+  ASSERT_EQ(runOrb({"jpeg", "decode", "--scans-to", "2", directory / "a.jpg", directory / "b.ppm"})
+                .status,
+            0);
+  EXPECT_EQ(difference(orbhost::parseImage(readFile(directory / "b.ppm")),
+                       orbhost::jpeg::decodeJpeg(file, {1, 2}))
+                .largest,
+            0);
+}
+
 TEST(Program, GreyStaysGrey) {
   const Directory directory;
   writeFile(directory / "in.pgm", formatImage(draw(Motif::kScene, 20, 30, 1), ImageFormat::kPgm));
@@ -137,6 +150,7 @@ TEST(Program, WrongArgumentsAreFailures) {
   expectFailure(runOrb({"jpeg", "encode", in, out, "--restart", "-1"}), "--restart");
   expectFailure(runOrb({"jpeg", "encode", in, out, "--restart", "1column"}), "--restart");
   expectFailure(runOrb({"jpeg", "decode", in, out, "--scale", "1/3"}), "scale");
+  expectFailure(runOrb({"jpeg", "decode", in, out, "--scans-to", "0"}), "scans-to");
   EXPECT_EQ(directory.files(), Names{"in.pgm"});
 }
 
@@ -154,8 +168,8 @@ TEST(Program, BadFilesLeaveNothingBehind) {
   for (size_t size = 1; size < file.size(); size += 97) {
     expectFileFailure(decode(Bytes(file.begin(), file.begin() + static_cast<long>(size))), "in: ");
   }
-  Bytes progressive = orbtest::cjpeg(draw(Motif::kScene, 60, 40, 3), {"-progressive"});
-  expectFileFailure(decode(progressive), "progressive JPEG is not supported");
+  const Bytes arithmetic = orbtest::cjpeg(draw(Motif::kScene, 60, 40, 3), {"-arithmetic"});
+  expectFileFailure(decode(arithmetic), "arithmetic-coded sequential JPEG is not supported");
   EXPECT_EQ(directory.files(), Names{"in"});
 
   for (size_t i = 2; i < file.size(); i += 41) {

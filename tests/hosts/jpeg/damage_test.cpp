@@ -122,9 +122,10 @@ TEST(JpegDamage, EachFaultIsNamed) {
   EXPECT_SAYS(withByte(file, dht + 4, 0x21), "class and number 21");
   EXPECT_SAYS(withByte(file, dht + 5, 3), "more codes than their lengths allow");
   EXPECT_SAYS(withByte(file, dht + 20, 0xC8), "");  // length 16 may have that many: too short
-  EXPECT_SAYS(withByte(file, dht + 21, 16), "DC category");
+  EXPECT_SAYS(withByte(file, dht + 21, 16), "a category of more than 15 bits");
+  EXPECT_SAYS(withByte(file, dht + 21, 17), "a DC category of more than 16 bits");
 
-  EXPECT_SAYS(withByte(file, sof + 1, 0xC2), "progressive JPEG is not supported");
+  EXPECT_SAYS(withByte(file, sof + 1, 0xC2), "DC and AC coefficients do not share a scan");
   EXPECT_SAYS(withByte(file, sof + 1, 0xC3), "lossless JPEG is not supported");
   EXPECT_SAYS(withByte(file, sof + 1, 0xC9), "arithmetic-coded sequential JPEG is not supported");
   EXPECT_SAYS(withByte(file, sof + 1, 0xDE), "hierarchical JPEG is not supported");
@@ -181,7 +182,7 @@ TEST(JpegDamage, ScansThatLackOrRepeatAComponent) {
   const Bytes scan(grey.begin() + static_cast<long>(find(grey, 0xDA)), grey.end() - 2);
   Bytes twice = file;
   twice.insert(twice.end() - 2, scan.begin(), scan.end());
-  EXPECT_SAYS(twice, "a second scan of the same component");
+  EXPECT_SAYS(twice, "a second scan of component 0");
 
   Bytes whole = file;
   for (const int id : {2, 3}) {

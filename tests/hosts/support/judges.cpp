@@ -80,6 +80,8 @@ Bytes runOnFile(const char* program, const void* input, size_t size,
 Image judgeDecode(ByteView file, int scale) {
   Decompress info(file);
   info->dct_method = JDCT_ISLOW;
+  // Of a progressive picture without its last scans it would guess what they tell.
+  info->do_block_smoothing = FALSE;
   info->scale_num = 1;
   info->scale_denom = static_cast<unsigned>(scale);
   jpeg_start_decompress(info.get());

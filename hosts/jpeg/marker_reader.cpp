@@ -1,8 +1,9 @@
-#include "hosts/jpeg/markers.h"
+#include "hosts/jpeg/marker_reader.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 
 #include "hosts/error.h"
 
@@ -38,10 +39,6 @@ const char* processName(int marker) {
 }
 
 }  // namespace
-
-void failAt(size_t offset, const std::string& what) {
-  throw Error("byte " + std::to_string(offset) + ": " + what);
-}
 
 // The bytes behind a segment's length.
 class MarkerReader::Segment {
@@ -80,6 +77,9 @@ class MarkerReader::Segment {
 
 MarkerReader::MarkerReader(ByteView file) : file_(file) {
   if (file.size == 0) throw Error("the file is empty");
+  if (file.size > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
+    throw Error("files above 2 GiB are not supported");
+  }
   if (file.size < 3 || file[0] != 0xFF || file[1] != kSoi || file[2] != 0xFF) {
     throw Error("not a JPEG file");
   }
@@ -174,7 +174,7 @@ void MarkerReader::readHuffman(Segment segment) {
     if (size > 256) segment.fail("has more than 256 codes");
     for (int i = 0; i < size; ++i) {
       const int symbol = segment.byte();
-      if (kind >> 4 == 0 && symbol > 15) segment.fail("has a DC category of more than 15 bits");
+      if (kind >> 4 == 0 && symbol > 16) segment.fail("has a DC category of more than 16 bits");
       codes.symbols[i] = static_cast<uint8_t>(symbol);
     }
     huffman_[kind >> 4][table] = codes;
@@ -184,14 +184,14 @@ void MarkerReader::readHuffman(Segment segment) {
 void MarkerReader::readFrame(Segment segment, int marker) {
   const size_t offset = segment.position();
   if (frame_) failAt(offset, "a second frame");
-  if (marker != kSof0 && marker != kSof1) {
+  if (marker != kSof0 && marker != kSof1 && marker != kSof2) {
     failAt(offset, std::string(processName(marker)) + " JPEG is not supported");
   }
   Frame frame{};
   frame.marker = marker;
-  const int precision = segment.byte();
-  if (precision != 8) {
-    failAt(offset, "samples of " + std::to_string(precision) + " bits are not supported");
+  frame.precision = segment.byte();
+  if (frame.precision != 8) {
+    failAt(offset, "samples of " + std::to_string(frame.precision) + " bits are not supported");
   }
   frame.height = segment.word();
   frame.width = segment.word();
@@ -253,12 +253,19 @@ void MarkerReader::readScan(Segment segment) {
     blocks += found->h * found->v;
   }
   if (count > 1 && blocks > 10) segment.fail("interleaves more than 10 blocks");
-  // Which coefficients and which of their bits: all of them in a sequential scan, whatever the
-  // bytes say, as some encoders leave them at 0.
-  segment.byte();
-  segment.byte();
-  segment.byte();
+  readSelection(segment);
   segment.expectEnd();
+}
+
+void MarkerReader::readSelection(Segment& segment) {
+  Selection read;
+  read.ss = segment.byte();
+  read.se = segment.byte();
+  const int bits = segment.byte();
+  read.ah = bits >> 4;
+  read.al = bits & 15;
+  // A sequential scan holds all there is, whatever the bytes say: some encoders leave them at 0.
+  scan_.selection = frame_->isProgressive() ? read : Selection{};
 }
 
 void MarkerReader::readApplication(Segment segment, int marker) {
@@ -268,78 +275,6 @@ void MarkerReader::readApplication(Segment segment, int marker) {
     segment.skip(11);
     adobeTransform_ = segment.byte();
   }
-}
-
-// ---- Writing
-
-void MarkerWriter::word(int value) {
-  byte(value >> 8);
-  byte(value & 255);
-}
-
-void MarkerWriter::marker(int code) {
-  byte(0xFF);
-  byte(code);
-}
-
-void MarkerWriter::segment(int code, int length) {
-  marker(code);
-  word(length + 2);
-}
-
-void MarkerWriter::jfif() {
-  segment(kApp0, 14);
-  for (const char c : {'J', 'F', 'I', 'F', '\0'}) byte(c);
-  word(0x0101);
-  byte(0);  // the next two are an aspect ratio
-  word(1);
-  word(1);
-  byte(0);  // no thumbnail
-  byte(0);
-}
-
-void MarkerWriter::quantisation(int table, const std::array<uint8_t, 64>& divisors) {
-  segment(kDqt, 1 + 64);
-  byte(table);
-  for (const uint8_t divisor : divisors) byte(divisor);
-}
-
-void MarkerWriter::huffman(int tableClass, int table, const HuffmanTable& codes) {
-  const int size = codes.size();
-  segment(kDht, 1 + 16 + size);
-  byte(tableClass << 4 | table);
-  for (const uint8_t count : codes.counts) byte(count);
-  for (int i = 0; i < size; ++i) byte(codes.symbols[i]);
-}
-
-void MarkerWriter::frame(const Frame& frame) {
-  segment(frame.marker, 6 + 3 * static_cast<int>(frame.components.size()));
-  byte(8);
-  word(frame.height);
-  word(frame.width);
-  byte(static_cast<int>(frame.components.size()));
-  for (const FrameComponent& component : frame.components) {
-    byte(component.id);
-    byte(component.h << 4 | component.v);
-    byte(component.table);
-  }
-}
-
-void MarkerWriter::restartInterval(int mcus) {
-  segment(kDri, 2);
-  word(mcus);
-}
-
-void MarkerWriter::scan(const Frame& frame, const std::vector<ScanComponent>& components) {
-  segment(kSos, 4 + 2 * static_cast<int>(components.size()));
-  byte(static_cast<int>(components.size()));
-  for (const ScanComponent& component : components) {
-    byte(frame.components[component.component].id);
-    byte(component.dcTable << 4 | component.acTable);
-  }
-  byte(0);   // all coefficients
-  byte(63);  //
-  byte(0);   // all their bits
 }
 
 }  // namespace orbhost::jpeg
