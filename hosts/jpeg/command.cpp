@@ -25,6 +25,7 @@ struct EncodeArguments {
   std::string from;
   std::string to;
   std::string restart;
+  std::string scans;
   bool stats = false;
   EncodeOptions options;
 };
@@ -70,6 +71,12 @@ void printStats(size_t bytes, const Image& image, double seconds) {
 
 void encode(EncodeArguments& arguments) {
   if (!arguments.restart.empty()) parseRestart(arguments.restart, arguments.options);
+  if (!arguments.scans.empty()) {
+    arguments.options.script = withFile(arguments.scans, [&] {
+      const Bytes text = readFile(arguments.scans);
+      return jpeg::parseScript(std::string(text.begin(), text.end()));
+    });
+  }
   const Bytes file = withFile(arguments.from, [&] {
     const Image image = parseImage(readFile(arguments.from));
     const Stopwatch stopwatch;
@@ -100,7 +107,8 @@ void addStats(CLI::App& command, Arguments& arguments) {
 }
 
 void addEncode(CLI::App& jpeg) {
-  CLI::App& command = *jpeg.add_subcommand("encode", "Write a picture as baseline JPEG");
+  CLI::App& command =
+      *jpeg.add_subcommand("encode", "Write a picture as baseline or progressive JPEG");
   const auto arguments = std::make_shared<EncodeArguments>();
   static const std::map<std::string, Sampling> kSamplings = {{"444", Sampling::k444},
                                                              {"422", Sampling::k422},
@@ -122,6 +130,14 @@ void addEncode(CLI::App& jpeg) {
       ->transform(CLI::CheckedTransformer(kSamplings).description("444|422|420|grey"));
   command.add_flag("-o,--optimize", arguments->options.optimize,
                    "Make Huffman tables for this picture: a few per cent smaller, and slower");
+  command.add_flag("-p,--progressive", arguments->options.progressive,
+                   "Code the picture in scans from coarse to fine: smaller, and it can be shown "
+                   "before all of it is there");
+  command
+      .add_option("--scans", arguments->scans,
+                  "Code it in the scans of this script, which is written as for cjpeg: such as "
+                  "'0,1,2: 0-0, 0, 1;' for a progressive one, '0; 1 2;' for sequential ones")
+      ->type_name("FILE");
   command
       .add_option("-r,--restart", arguments->restart,
                   "A restart marker every N MCUs, or every N rows of them: 8, 1row")
@@ -131,7 +147,8 @@ void addEncode(CLI::App& jpeg) {
       "Examples:\n"
       "  orb jpeg encode photo.png photo.jpg\n"
       "  orb jpeg encode --quality 95 --sampling 444 chart.ppm chart.jpg\n"
-      "  orb jpeg encode -q 60 --optimize --restart 1row scan.pgm scan.jpg\n\n"
+      "  orb jpeg encode -q 60 --optimize --restart 1row scan.pgm scan.jpg\n"
+      "  orb jpeg encode --progressive photo.png photo.jpg\n\n"
       "A PNG's transparency is dropped; samples of another depth are scaled to 8 bits.");
   command.callback([arguments] { encode(*arguments); });
 }

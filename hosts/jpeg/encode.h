@@ -4,6 +4,7 @@
 
 #include "hosts/bytes.h"
 #include "hosts/image.h"
+#include "hosts/jpeg/script.h"
 
 namespace orbhost::jpeg {
 
@@ -12,13 +13,16 @@ enum class Sampling { k444, k422, k420, kGrey };
 struct EncodeOptions {
   int quality = 85;  // 1 to 100
   Sampling sampling = Sampling::k420;
-  bool optimize = false;    // Huffman tables made for this picture, at the price of a second pass
-  int restartInterval = 0;  // in MCUs, or in rows of MCUs; 0 is none
+  bool optimize = false;     // Huffman tables made for this picture, at the price of a second pass
+  bool progressive = false;  // always with tables of its own for each scan
+  Script script;             // the scans; if empty, one, or the usual ones of a progressive file
+  int restartInterval = 0;   // in MCUs, or in rows of MCUs; 0 is none
   bool restartInRows = false;
 };
 
-// A baseline JFIF file of a grey or RGB picture, with the tables of T.81 annex K. A grey picture
-// stays grey whatever the sampling. Throws an Error if the picture is too large for the format.
+// A JFIF file of a grey or RGB picture, baseline with the tables of T.81 annex K or progressive. A
+// grey picture stays grey whatever the sampling. Throws an Error if the picture is too large for
+// the format, or the options do not go together.
 Bytes encodeJpeg(const Image& image, const EncodeOptions& options);
 
 }  // namespace orbhost::jpeg

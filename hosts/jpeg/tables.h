@@ -19,6 +19,9 @@ struct HuffmanTable {
     for (const uint8_t count : counts) sum += count;
     return sum;
   }
+  bool operator==(const HuffmanTable& other) const {
+    return counts == other.counts && symbols == other.symbols;
+  }
 };
 
 // The raster position of each place in the zigzag order.

@@ -85,6 +85,35 @@ TEST(Program, EncodesAndDecodes) {
                                       "out.ppm", "q.ppm"}));
 }
 
+TEST(Program, EncodesInScans) {
+  const Directory directory;
+  const Image image = draw(Motif::kScene, 70, 50, 3);
+  writeFile(directory / "in.ppm", formatImage(image, ImageFormat::kPpm));
+  orbhost::jpeg::EncodeOptions options;
+  options.progressive = true;
+  ASSERT_EQ(
+      runOrb({"jpeg", "encode", "--progressive", directory / "in.ppm", directory / "a.jpg"}).status,
+      0);
+  EXPECT_EQ(readFile(directory / "a.jpg"), encodeJpeg(image, options));
+
+  const std::string script = "0; # luma\n1 2; # chroma\n";
+  writeFile(directory / "scans", Bytes(script.begin(), script.end()));
+  options.progressive = false;
+  options.script = orbhost::jpeg::parseScript(script);
+  ASSERT_EQ(runOrb({"jpeg", "encode", "--scans", directory / "scans", directory / "in.ppm",
+                    directory / "b.jpg"})
+                .status,
+            0);
+  EXPECT_EQ(readFile(directory / "b.jpg"), encodeJpeg(image, options));
+  expectFileFailure(runOrb({"jpeg", "encode", "-p", "--scans", directory / "scans",
+                            directory / "in.ppm", directory / "c.jpg"}),
+                    "not progressive");
+  expectFileFailure(runOrb({"jpeg", "encode", "--scans", directory / "in.ppm", directory / "in.ppm",
+                            directory / "c.jpg"}),
+                    "in.ppm: line 1: a number was expected");
+  EXPECT_EQ(directory.files(), (Names{"a.jpg", "b.jpg", "in.ppm", "scans"}));
+}
+
 TEST(Program, ShowsSomeScans) {
   const Directory directory;
   const Bytes file = orbtest::cjpeg(draw(Motif::kScene, 60, 40, 3), {"-progressive"});
