@@ -1,16 +1,43 @@
 #include "hosts/image_convert.h"
 
+#include <type_traits>
+#include <vector>
+
 namespace orbhost {
 
-Image withoutInks(Image image) {
-  if (image.channels() != 4) return image;
-  Image light(image.width(), image.height(), 3);
-  const uint8_t* from = image.row(0);
-  uint8_t* to = light.row(0);
-  uint8_t* const end = to + light.size();
-  for (; to != end; from += 4, to += 3) {
-    const int black = 255 - from[3];
-    for (int c = 0; c < 3; ++c) to[c] = static_cast<uint8_t>(((255 - from[c]) * black + 127) / 255);
+Image withMaximum(const Image& image, int maximum) {
+  std::vector<uint16_t> rescaled;
+  for (int i = 0; i <= image.maximum(); ++i) {
+    rescaled.push_back(static_cast<uint16_t>(rescale(i, image.maximum(), maximum)));
+  }
+  Image result(image.width(), image.height(), image.channels(), maximum);
+  for (int y = 0; y < image.height(); ++y) {
+    image.withRow(y, [&](const auto* from) {
+      result.withRow(y, [&](auto* to) {
+        using Sample = std::remove_reference_t<decltype(*to)>;
+        for (size_t i = 0; i < image.rowSamples(); ++i) {
+          to[i] = static_cast<Sample>(rescaled[from[i]]);
+        }
+      });
+    });
+  }
+  return result;
+}
+
+Image withoutInks(const Image& image) {
+  const int maximum = image.maximum();
+  Image light(image.width(), image.height(), 3, maximum);
+  for (int y = 0; y < image.height(); ++y) {
+    image.withRow(y, [&](const auto* from) {
+      light.withRow(y, [&](auto* to) {
+        using Sample = std::remove_reference_t<decltype(*to)>;
+        for (int x = 0; x < image.width(); ++x, from += 4, to += 3) {
+          for (int c = 0; c < 3; ++c) {
+            to[c] = static_cast<Sample>(rescale(maximum - from[c], maximum, maximum - from[3]));
+          }
+        }
+      });
+    });
   }
   return light;
 }

@@ -1,4 +1,4 @@
-// Pictures as files: PNG and the portable any-maps, PGM and PPM, in binary and in ASCII.
+// Pictures as files: PNG, and the portable any-maps PGM, PPM and PAM.
 #ifndef ORB_HOSTS_IMAGE_FILE_H
 #define ORB_HOSTS_IMAGE_FILE_H
 
@@ -14,17 +14,19 @@ enum class ImageFormat {
   kPgm,
   kPpm,
   kPnm,  // PGM or PPM, as the picture is
+  kPam,
 };
 
 // The format that a file's name asks for by its extension; an Error if none.
 ImageFormat imageFormatOf(const std::string& path);
 
-// A picture from a file's bytes, whose content says which format it is. Samples of another depth
-// are scaled to 8 bits, palettes looked up, and transparency is dropped.
+// A picture from a file's bytes, whose content says which format it is. Palettes are looked up, and
+// transparency is dropped.
 Image parseImage(ByteView file);
 
-// A file's bytes. A grey picture becomes a colour one if the format has only those; a colour
-// picture in a format that has only grey is an Error.
+// A file's bytes. Only PAM holds inks: for other formats they become the light that they leave. A
+// grey picture becomes a colour one if the format has only those; a colour picture in a format that
+// has only grey is an Error.
 Bytes formatImage(const Image& image, ImageFormat format);
 
 }  // namespace orbhost

@@ -2,6 +2,7 @@
 
 #include <png.h>
 
+#include <algorithm>
 #include <csetjmp>
 #include <cstring>
 #include <new>
@@ -9,6 +10,7 @@
 #include <utility>
 
 #include "hosts/error.h"
+#include "hosts/image_convert.h"
 
 namespace orbhost {
 
@@ -30,6 +32,27 @@ void onPngWarning(png_structp, png_const_charp) {}
 
 [[noreturn]] void failPng(const PngFault& fault) {
   throw Error(std::string("PNG: ") + fault.text);
+}
+
+bool isLittleEndian() {
+  const uint16_t one = 1;
+  uint8_t first;
+  std::memcpy(&first, &one, 1);
+  return first == 1;
+}
+
+// Whether each sample is one of a lower maximum that was scaled up.
+bool holdsNoMoreThan(const Image& image, int maximum) {
+  const int own = image.maximum();
+  for (int y = 0; y < image.height(); ++y) {
+    const bool holds = image.withRow(y, [&](const auto* row) {
+      return std::all_of(row, row + image.rowSamples(), [&](int sample) {
+        return rescale(rescale(sample, own, maximum), maximum, own) == sample;
+      });
+    });
+    if (!holds) return false;
+  }
+  return true;
 }
 
 class PngReader {
@@ -58,9 +81,14 @@ class PngReader {
       throw Error("PNG: " + std::to_string(width) + " x " + std::to_string(height) +
                   " pixels cannot come from " + std::to_string(file_.size) + " bytes");
     }
-    Image image(static_cast<int>(width), static_cast<int>(height), png_get_channels(png_, info_));
+    const int maximum = png_get_bit_depth(png_, info_) == 16 ? 65535 : 255;
+    Image image(static_cast<int>(width), static_cast<int>(height), png_get_channels(png_, info_),
+                maximum);
     if (!readRows(image)) failPng(fault_);
-    return image;
+    const int significant = (1 << significantBits()) - 1;
+    return significant < maximum && holdsNoMoreThan(image, significant)
+               ? withMaximum(image, significant)
+               : std::move(image);
   }
 
  private:
@@ -78,8 +106,8 @@ class PngReader {
     png_read_info(png_, info_);
     codedBitsPerPixel_ = png_get_channels(png_, info_) * png_get_bit_depth(png_, info_);
     png_set_expand(png_);
-    png_set_scale_16(png_);
     png_set_strip_alpha(png_);
+    if (isLittleEndian()) png_set_swap(png_);
     passes_ = png_set_interlace_handling(png_);
     png_read_update_info(png_, info_);
     return true;
@@ -92,6 +120,14 @@ class PngReader {
     }
     png_read_end(png_, nullptr);
     return true;
+  }
+
+  // As the file says, if it says the same of all channels that are kept.
+  int significantBits() {
+    png_color_8p bits = nullptr;
+    if (png_get_sBIT(png_, info_, &bits) == 0) return 16;
+    if (png_get_channels(png_, info_) == 1) return bits->gray;
+    return bits->red == bits->green && bits->green == bits->blue ? bits->red : 16;
   }
 
   ByteView file_;
@@ -117,8 +153,9 @@ class PngWriter {
   PngWriter& operator=(const PngWriter&) = delete;
   ~PngWriter() { png_destroy_write_struct(&png_, &info_); }
 
-  Bytes write(const Image& image) {
-    if (!writeRows(image)) failPng(fault_);
+  // Of a maximum of 255 or 65535. `bits` is how many of a sample are significant.
+  Bytes write(const Image& image, int bits) {
+    if (!writeRows(image, bits)) failPng(fault_);
     return std::move(bytes_);
   }
 
@@ -134,14 +171,21 @@ class PngWriter {
     if (!grown) png_error(png, "out of memory");
   }
 
-  bool writeRows(const Image& image) {
+  bool writeRows(const Image& image, int bits) {
     if (setjmp(png_jmpbuf(png_)) != 0) return false;
     png_set_write_fn(png_, this, onWrite, nullptr);
     png_set_user_limits(png_, 0x7fffffff, 0x7fffffff);
-    png_set_IHDR(png_, info_, image.width(), image.height(), 8,
+    const int depth = image.isWide() ? 16 : 8;
+    png_set_IHDR(png_, info_, image.width(), image.height(), depth,
                  image.channels() == 1 ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB,
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    if (bits < depth) {
+      const png_byte byte = static_cast<png_byte>(bits);
+      const png_color_8 significant = {byte, byte, byte, byte, 0};
+      png_set_sBIT(png_, info_, &significant);
+    }
     png_write_info(png_, info_);
+    if (isLittleEndian()) png_set_swap(png_);
     for (int y = 0; y < image.height(); ++y) png_write_row(png_, image.row(y));
     png_write_end(png_, nullptr);
     return true;
@@ -160,7 +204,11 @@ Image parsePng(ByteView file) {
 }
 
 Bytes formatPng(const Image& image) {
-  return PngWriter().write(image);
+  const int stored = image.isWide() ? 65535 : 255;
+  if (image.maximum() == stored) return PngWriter().write(image, 16);
+  int bits = 1;
+  while ((1 << bits) - 1 < image.maximum()) ++bits;
+  return PngWriter().write(withMaximum(image, stored), bits);
 }
 
 }  // namespace orbhost

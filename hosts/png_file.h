@@ -8,9 +8,13 @@
 
 namespace orbhost {
 
-// Samples of another depth are scaled to 8 bits, palettes looked up, and transparency is dropped.
+// Palettes are looked up, samples of less than 8 bits scaled to 8, and transparency is dropped.
+// Where the file says that fewer bits are significant (sBIT), and no sample holds more, the
+// picture's maximum has as many bits.
 Image parsePng(ByteView file);
 
+// A grey or RGB picture, with 8 or 16 bits to a sample. If its maximum has another number of bits,
+// the file says so.
 Bytes formatPng(const Image& image);
 
 }  // namespace orbhost

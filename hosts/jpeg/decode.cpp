@@ -1,7 +1,6 @@
 #include "hosts/jpeg/decode.h"
 
 #include "hosts/error.h"
-#include "hosts/image_convert.h"
 #include "hosts/jpeg/block_decode.h"
 #include "hosts/jpeg/picture.h"
 
@@ -27,7 +26,7 @@ Image decodeJpeg(ByteView file, const DecodeOptions& options) {
   checkSize(file, markers, layout);
   PictureBuilder picture(markers, layout, options.scale);
   decodeBlocks(file, markers, layout, options.scansTo, picture);
-  return withoutInks(picture.takeImage());
+  return picture.takeImage();
 }
 
 }  // namespace orbhost::jpeg

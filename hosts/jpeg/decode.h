@@ -13,7 +13,8 @@ struct DecodeOptions {
 };
 
 // Baseline, extended sequential and progressive Huffman-coded files of 8-bit samples: grey, YCbCr,
-// RGB, CMYK and YCCK with sampling factors of 1 and 2. The picture is grey or RGB. Throws an Error
+// RGB, CMYK and YCCK with sampling factors of 1 and 2. The picture is grey, RGB or
+// CMYK. Throws an Error
 // that names the place in the file if it is damaged, cut off or of another kind.
 Image decodeJpeg(ByteView file, const DecodeOptions& options);
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "hosts/error.h"
+#include "hosts/image_convert.h"
 #include "hosts/jpeg/layout.h"
 #include "hosts/jpeg/marker_writer.h"
 #include "hosts/jpeg/quantisation.h"
@@ -20,6 +21,7 @@ namespace orbhost::jpeg {
 namespace {
 
 constexpr int kLargestSide = 65535;
+constexpr int kMaximum = 255;
 constexpr int kLargestInterval = 65535;
 
 ColourSpace colourSpaceFor(const Image& image, const EncodeOptions& options) {
@@ -245,6 +247,7 @@ class Encoder {
 }  // namespace
 
 Bytes encodeJpeg(const Image& image, const EncodeOptions& options) {
+  if (image.maximum() != kMaximum) return encodeJpeg(withMaximum(image, kMaximum), options);
   return Encoder(image, options).run();
 }
 

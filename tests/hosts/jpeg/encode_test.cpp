@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "hosts/image_convert.h"
 #include "hosts/jpeg/decode.h"
 #include "hosts/jpeg/tables.h"
 #include "tests/hosts/support/judges.h"
@@ -266,6 +267,13 @@ TEST(JpegEncode, RefusesWhatTheFormatCannotHold) {
   EXPECT_THROW(encodeJpeg(image, options), Error);
   EXPECT_THROW(encodeJpeg(image, optionsOf(Sampling::kGrey, 0)), Error);
   EXPECT_THROW(encodeJpeg(image, optionsOf(Sampling::kGrey, 101)), Error);
+}
+
+TEST(JpegEncode, OtherMaximaAreRescaled) {
+  for (const int maximum : {1, 15, 1000, 65535}) {
+    const Image image = draw(Motif::kScene, 40, 30, 3, maximum);
+    EXPECT_EQ(encodeJpeg(image, {}), encodeJpeg(orbhost::withMaximum(image, 255), {}));
+  }
 }
 
 TEST(JpegEncode, TakesTheLargestSides) {

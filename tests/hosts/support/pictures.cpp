@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
+#include <type_traits>
 
 #include "hosts/file.h"
 #include "hosts/jpeg/decode.h"
@@ -16,15 +17,16 @@ using orbhost::Image;
 
 namespace {
 
-// The value of a channel at a place, before it is cut to a byte.
-double valueAt(Motif motif, int x, int y, int width, int height, int channel, Random& random) {
+// The value of a channel at a place on a scale to 255, before it is cut to a sample.
+double valueAt(Motif motif, int x, int y, int width, int height, int channel, int maximum,
+               Random& random) {
   const double across = (x + 0.5) / width;
   const double down = (y + 0.5) / height;
   switch (motif) {
     case Motif::kGradient:
       return channel == 0 ? 255 * across : channel == 1 ? 255 * down : 255 * (1 - across);
     case Motif::kNoise:
-      return random.between(0, 255);
+      return random.between(0, maximum) * 255.0 / maximum;
     case Motif::kEdges: {
       const bool inside = (x / 5 + y / 3) % 2 == 0;
       const bool ring = std::abs(std::hypot(across - 0.5, down - 0.5) - 0.3) < 0.05;
@@ -46,20 +48,31 @@ double valueAt(Motif motif, int x, int y, int width, int height, int channel, Ra
 }
 
 bool sameShape(const Image& a, const Image& b) {
-  return a.width() == b.width() && a.height() == b.height() && a.channels() == b.channels();
+  return a.width() == b.width() && a.height() == b.height() && a.channels() == b.channels() &&
+         a.maximum() == b.maximum();
+}
+
+size_t samplesOf(const Image& image) {
+  return image.rowSamples() * static_cast<size_t>(image.height());
+}
+int sampleOf(const Image& image, size_t i) {
+  return image.isWide() ? image.wideRow(0)[i] : image.row(0)[i];
 }
 
 }  // namespace
 
-Image draw(Motif motif, int width, int height, int channels) {
+Image draw(Motif motif, int width, int height, int channels, int maximum) {
   Random random("picture");
-  Image image(width, height, channels);
+  Image image(width, height, channels, maximum);
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
       for (int c = 0; c < channels; ++c) {
-        const double value = valueAt(motif, x, y, width, height, c, random);
-        image.row(y)[x * channels + c] =
-            static_cast<uint8_t>(std::clamp(std::lround(value), 0L, 255L));
+        const double value =
+            valueAt(motif, x, y, width, height, c, maximum, random) * (maximum / 255.0);
+        const long sample = std::clamp(std::lround(value), 0L, static_cast<long>(maximum));
+        image.withRow(y, [&](auto* row) {
+          row[x * channels + c] = static_cast<std::remove_reference_t<decltype(*row)>>(sample);
+        });
       }
     }
   }
@@ -87,26 +100,29 @@ std::ostream& operator<<(std::ostream& out, const Difference& one) {
 }
 
 Difference difference(const Image& a, const Image& b) {
-  if (!sameShape(a, b)) return {255, 255};
+  if (!sameShape(a, b)) return {65535, 65535};
   Difference result = {0, 0};
-  for (size_t i = 0; i < a.size(); ++i) {
-    const int off = std::abs(a.row(0)[i] - b.row(0)[i]);
+  const size_t samples = samplesOf(a);
+  for (size_t i = 0; i < samples; ++i) {
+    const int off = std::abs(sampleOf(a, i) - sampleOf(b, i));
     result.largest = std::max(result.largest, off);
     result.mean += off;
   }
-  result.mean /= static_cast<double>(a.size());
+  result.mean /= static_cast<double>(samples);
   return result;
 }
 
 double psnr(const Image& a, const Image& b) {
   if (!sameShape(a, b)) return 0;
   double squares = 0;
-  for (size_t i = 0; i < a.size(); ++i) {
-    const double off = a.row(0)[i] - b.row(0)[i];
+  const size_t samples = samplesOf(a);
+  for (size_t i = 0; i < samples; ++i) {
+    const double off = sampleOf(a, i) - sampleOf(b, i);
     squares += off * off;
   }
   if (squares == 0) return std::numeric_limits<double>::infinity();
-  return 10 * std::log10(255.0 * 255.0 * static_cast<double>(a.size()) / squares);
+  const double maximum = a.maximum();
+  return 10 * std::log10(maximum * maximum * static_cast<double>(samples) / squares);
 }
 
 }  // namespace orbtest

@@ -11,7 +11,7 @@ namespace orbtest {
 enum class Motif { kGradient, kNoise, kEdges, kScene };
 
 // Drawn afresh for each size, and always the same.
-orbhost::Image draw(Motif motif, int width, int height, int channels);
+orbhost::Image draw(Motif motif, int width, int height, int channels, int maximum = 255);
 
 // The Earth from Debian's xplanet-images, 2048 x 1024 divided by 1 or 2, where that is installed;
 // else a scene.
