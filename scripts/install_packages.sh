@@ -17,7 +17,9 @@ packages=
 for set in "$@"; do
   case $set in
     build) packages="$packages g++ cmake ninja-build libcli11-dev libpng-dev" ;;
-    test) packages="$packages googletest binutils libjpeg62-turbo-dev libjpeg-turbo-progs" ;;
+    test)
+      packages="$packages googletest binutils libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
+      ;;
     bench) packages="$packages libbenchmark-dev libjpeg62-turbo-dev" ;;
     i386) packages="$packages g++-multilib" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;

@@ -45,10 +45,7 @@ class ScanDecoder {
 
  private:
   void beginScan() {
-    std::vector<int> components;
-    for (const ScanComponent& component : markers_.scan().components) {
-      components.push_back(component.component);
-    }
+    const std::vector<int> components = markers_.scan().componentIndexes();
     const auto fault = progression_.add(components, markers_.scan().selection);
     if (fault) failAt(markers_.scan().offset, *fault);
     // A component's table is the one of its first scan.
@@ -126,7 +123,8 @@ void checkSize(ByteView file, const MarkerReader& markers, const Layout& layout)
     const ComponentLayout& one = layout.components[component.component];
     blocks += static_cast<uint64_t>(one.blocksWide) * one.blocksHigh;
   }
-  if (blocks / (frame.isProgressive() ? 8 : 4) > file.size) {
+  const bool twoBits = !frame.isProgressive() && !frame.isLossless();
+  if (blocks / (twoBits ? 4 : 8) > file.size) {
     throw Error("a picture of " + std::to_string(frame.width) + " x " +
                 std::to_string(frame.height) + " pixels cannot come from " +
                 std::to_string(file.size) + " bytes");

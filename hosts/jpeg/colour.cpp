@@ -1,6 +1,18 @@
 #include "hosts/jpeg/colour.h"
 
+#include <algorithm>
+
 namespace orbhost::jpeg {
+
+namespace {
+
+bool isSubsampled(const std::vector<FrameComponent>& components) {
+  return std::any_of(components.begin(), components.end(), [&](const FrameComponent& one) {
+    return one.h != components[0].h || one.v != components[0].v;
+  });
+}
+
+}  // namespace
 
 ColourSpace colourSpaceOf(const MarkerReader& markers) {
   const std::vector<FrameComponent>& components = markers.frame().components;
@@ -12,7 +24,8 @@ ColourSpace colourSpaceOf(const MarkerReader& markers) {
   if (markers.hasJfif()) return ColourSpace::kYCbCr;
   if (transform) return *transform == 0 ? ColourSpace::kRgb : ColourSpace::kYCbCr;
   const bool named = components[0].id == 'R' && components[1].id == 'G' && components[2].id == 'B';
-  return named ? ColourSpace::kRgb : ColourSpace::kYCbCr;
+  return named || (markers.frame().isLossless() && !isSubsampled(components)) ? ColourSpace::kRgb
+                                                                              : ColourSpace::kYCbCr;
 }
 
 }  // namespace orbhost::jpeg

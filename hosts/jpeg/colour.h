@@ -9,7 +9,8 @@ namespace orbhost::jpeg {
 enum class ColourSpace { kGrey, kYCbCr, kRgb, kCmyk, kYcck };
 
 // What the components of a file are is not in its frame: JFIF means YCbCr, an Adobe segment tells,
-// and some files name their components R, G and B.
+// and some files name their components R, G and B. Where nothing tells, three components are YCbCr;
+// but RGB in a lossless file, unless they are subsampled.
 ColourSpace colourSpaceOf(const MarkerReader& markers);
 
 // Files with an Adobe segment store inks as the light that they leave.

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 
 #include "hosts/commands.h"
@@ -26,6 +27,8 @@ struct EncodeArguments {
   std::string to;
   std::string restart;
   std::string scans;
+  std::string lossless;
+  int precision = 0;
   bool stats = false;
   EncodeOptions options;
 };
@@ -51,6 +54,21 @@ void parseRestart(const std::string& text, EncodeOptions& options) {
   options.restartInRows = rows;
 }
 
+// A predictor, and a point transform behind a comma: "1", "4,2".
+void parseLossless(const std::string& text, EncodeOptions& options) {
+  jpeg::LosslessOptions lossless;
+  std::istringstream in(text);
+  in >> lossless.predictor;
+  if (!in.eof() && in.peek() == ',') in.ignore() >> lossless.pointTransform;
+  if (in.fail() || !in.eof()) {
+    throw Error(
+        "--lossless takes a predictor from 1 to 7, as in 1, and a point transform behind it, as in "
+        "1,2; not " +
+        text);
+  }
+  options.lossless = lossless;
+}
+
 // What the codec alone takes, without files and their formats.
 class Stopwatch {
  public:
@@ -71,6 +89,10 @@ void printStats(size_t bytes, const Image& image, double seconds) {
 
 void encode(EncodeArguments& arguments) {
   if (!arguments.restart.empty()) parseRestart(arguments.restart, arguments.options);
+  if (!arguments.lossless.empty()) {
+    parseLossless(arguments.lossless, arguments.options);
+    arguments.options.lossless->precision = arguments.precision;
+  }
   if (!arguments.scans.empty()) {
     arguments.options.script = withFile(arguments.scans, [&] {
       const Bytes text = readFile(arguments.scans);
@@ -108,7 +130,7 @@ void addStats(CLI::App& command, Arguments& arguments) {
 
 void addEncode(CLI::App& jpeg) {
   CLI::App& command =
-      *jpeg.add_subcommand("encode", "Write a picture as baseline or progressive JPEG");
+      *jpeg.add_subcommand("encode", "Write a picture as baseline, progressive or lossless JPEG");
   const auto arguments = std::make_shared<EncodeArguments>();
   static const std::map<std::string, Sampling> kSamplings = {{"444", Sampling::k444},
                                                              {"422", Sampling::k422},
@@ -142,14 +164,34 @@ void addEncode(CLI::App& jpeg) {
       .add_option("-r,--restart", arguments->restart,
                   "A restart marker every N MCUs, or every N rows of them: 8, 1row")
       ->type_name("N|Nrows");
+  CLI::Option* const lossless =
+      command
+          .add_option(
+              "-l,--lossless", arguments->lossless,
+              "Keep every sample, of up to 16 bits, by one of the predictors 1 to 7; or drop "
+              "the lowest Pt bits. Few programs read such a file")
+          ->type_name("PREDICTOR[,Pt]");
+  for (const char* const other :
+       {"--quality", "--sampling", "--optimize", "--progressive", "--scans"}) {
+    lossless->excludes(other);
+  }
+  command
+      .add_option("--precision", arguments->precision,
+                  "Bits of a sample in a lossless file, 2 to 16, in place of what the picture has")
+      ->type_name("BITS")
+      ->check(CLI::Range(2, 16))
+      ->needs(lossless);
   addStats(command, *arguments);
   command.footer(
       "Examples:\n"
       "  orb jpeg encode photo.png photo.jpg\n"
       "  orb jpeg encode --quality 95 --sampling 444 chart.ppm chart.jpg\n"
       "  orb jpeg encode -q 60 --optimize --restart 1row scan.pgm scan.jpg\n"
-      "  orb jpeg encode --progressive photo.png photo.jpg\n\n"
-      "A PNG's transparency is dropped; samples of another depth are scaled to 8 bits.");
+      "  orb jpeg encode --progressive photo.png photo.jpg\n"
+      "  orb jpeg encode --lossless 4 x-ray.pgm x-ray.jpg\n\n"
+      "A PNG's transparency is dropped. Samples of another depth are scaled to 8 bits, but for a\n"
+      "lossless file, which keeps them: it has as many bits as a PGM's or PPM's maximum, or as a\n"
+      "PNG says that its samples have.");
   command.callback([arguments] { encode(*arguments); });
 }
 
@@ -179,9 +221,10 @@ void addDecode(CLI::App& jpeg) {
       "  orb jpeg decode photo.jpg photo.png\n"
       "  orb jpeg decode --scale 1/8 photo.jpg thumbnail.ppm\n"
       "  orb jpeg decode --scans-to 3 progressive.jpg preview.png\n\n"
-      "Reads baseline, extended sequential and progressive Huffman-coded files of 8-bit samples:\n"
-      "grey, YCbCr, RGB, CMYK and YCCK. A damaged or cut-off file is refused, and nothing is\n"
-      "written; what lies behind the scans of --scans-to is not looked at.");
+      "Reads baseline, extended sequential and progressive Huffman-coded files of 8-bit samples,\n"
+      "and lossless ones of 2 to 16 bits: grey, YCbCr, RGB, CMYK and YCCK. A damaged or cut-off\n"
+      "file is refused, and nothing is written; what lies behind the scans of --scans-to is not\n"
+      "looked at.");
   command.callback([arguments] { decode(*arguments); });
 }
 

@@ -2,6 +2,7 @@
 
 #include "hosts/error.h"
 #include "hosts/jpeg/block_decode.h"
+#include "hosts/jpeg/lossless_decode.h"
 #include "hosts/jpeg/picture.h"
 
 namespace orbhost::jpeg {
@@ -22,6 +23,10 @@ Image decodeJpeg(ByteView file, const DecodeOptions& options) {
   checkOptions(options);
   MarkerReader markers(file);
   if (!markers.nextScan()) throw Error("the file has no scan");
+  if (markers.frame().isLossless()) {
+    if (options.scale != 1) throw Error("a lossless picture is decoded at its own size only");
+    return decodeLossless(file, markers, options.scansTo);
+  }
   const Layout layout(markers.frame());
   checkSize(file, markers, layout);
   PictureBuilder picture(markers, layout, options.scale);

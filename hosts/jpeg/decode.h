@@ -12,10 +12,10 @@ struct DecodeOptions {
   int scansTo = 0;  // the picture after that many scans; 0 is all of them
 };
 
-// Baseline, extended sequential and progressive Huffman-coded files of 8-bit samples: grey, YCbCr,
-// RGB, CMYK and YCCK with sampling factors of 1 and 2. The picture is grey, RGB or
-// CMYK. Throws an Error
-// that names the place in the file if it is damaged, cut off or of another kind.
+// Huffman-coded files: baseline, extended sequential and progressive ones of 8-bit samples, with
+// sampling factors of 1 and 2, and lossless ones of 2 to 16 bits; grey, YCbCr, RGB, CMYK and YCCK.
+// The picture is grey, RGB or CMYK. Throws an Error that names the place in the file if it is
+// damaged, cut off or of another kind.
 Image decodeJpeg(ByteView file, const DecodeOptions& options);
 
 }  // namespace orbhost::jpeg

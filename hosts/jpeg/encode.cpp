@@ -8,8 +8,9 @@
 
 #include "hosts/error.h"
 #include "hosts/image_convert.h"
+#include "hosts/jpeg/encode_frame.h"
 #include "hosts/jpeg/layout.h"
-#include "hosts/jpeg/marker_writer.h"
+#include "hosts/jpeg/lossless_encode.h"
 #include "hosts/jpeg/quantisation.h"
 #include "hosts/jpeg/samples.h"
 #include "hosts/jpeg/scan_writer.h"
@@ -20,9 +21,8 @@ namespace orbhost::jpeg {
 
 namespace {
 
-constexpr int kLargestSide = 65535;
+constexpr int kChroma = 1;  // its tables
 constexpr int kMaximum = 255;
-constexpr int kLargestInterval = 65535;
 
 ColourSpace colourSpaceFor(const Image& image, const EncodeOptions& options) {
   const bool grey = image.channels() == 1 || options.sampling == Sampling::kGrey;
@@ -38,18 +38,12 @@ bool isProgressiveFor(const EncodeOptions& options) {
   return progressive;
 }
 
-Frame makeFrame(const Image& image, ColourSpace colourSpace, const EncodeOptions& options) {
-  if (image.width() > kLargestSide || image.height() > kLargestSide) {
-    throw Error("a JPEG holds at most 65535 x 65535 pixels, not " + std::to_string(image.width()) +
-                " x " + std::to_string(image.height()));
-  }
-  Frame frame = {isProgressiveFor(options) ? kSof2 : kSof0, 8, image.width(), image.height(), {}};
-  if (colourSpace == ColourSpace::kGrey) {
-    frame.components = {{1, 1, 1, 0}};
-  } else {
-    const int h = options.sampling == Sampling::k444 ? 1 : 2;
-    const int v = options.sampling == Sampling::k420 ? 2 : 1;
-    frame.components = {{1, h, v, 0}, {2, 1, 1, 1}, {3, 1, 1, 1}};
+Frame makeSampledFrame(const Image& image, ColourSpace colourSpace, const EncodeOptions& options) {
+  Frame frame = makeFrame(image, isProgressiveFor(options) ? kSof2 : kSof0, 8, colourSpace);
+  for (FrameComponent& component : frame.components) {
+    if (colourSpace != ColourSpace::kYCbCr || component.table == kChroma) continue;
+    component.h = options.sampling == Sampling::k444 ? 1 : 2;
+    component.v = options.sampling == Sampling::k420 ? 2 : 1;
   }
   return frame;
 }
@@ -58,7 +52,7 @@ class Encoder {
  public:
   Encoder(const Image& image, const EncodeOptions& options)
       : colourSpace_(colourSpaceFor(image, options)),
-        frame_(makeFrame(image, colourSpace_, options)),
+        frame_(makeSampledFrame(image, colourSpace_, options)),
         layout_(frame_),
         stripe_(image, layout_, colourSpace_),
         optimize_(options.optimize || frame_.isProgressive()) {
@@ -76,7 +70,7 @@ class Encoder {
     Bytes file;
     MarkerWriter markers(file);
     markers.marker(kSoi);
-    markers.jfif();
+    writeColourSpace(colourSpace_, markers);
     for (int table = 0; table < tables(); ++table) markers.quantisation(table, divisors_[table]);
     markers.frame(frame_);
     if (scans_.size() == 1 && !optimize_) {
@@ -109,12 +103,7 @@ class Encoder {
         plan.components.push_back(
             {c, needsDcTable(plan.pass) ? table : 0, needsAcTable(plan.pass) ? table : 0});
       }
-      const int64_t mcus = int64_t{options.restartInterval} *
-                           (options.restartInRows ? mcusPerRowOf(layout_, plan.components) : 1);
-      if (mcus < 0 || mcus > kLargestInterval) {
-        throw Error("a restart interval is at most 65535 MCUs, not " + std::to_string(mcus));
-      }
-      plan.restartInterval = static_cast<int>(mcus);
+      plan.restartInterval = restartIntervalFor(options, mcusPerRowOf(layout_, plan.components));
       scans_.push_back(std::move(plan));
     }
   }
@@ -247,6 +236,7 @@ class Encoder {
 }  // namespace
 
 Bytes encodeJpeg(const Image& image, const EncodeOptions& options) {
+  if (options.lossless) return encodeLossless(image, options);
   if (image.maximum() != kMaximum) return encodeJpeg(withMaximum(image, kMaximum), options);
   return Encoder(image, options).run();
 }

@@ -2,6 +2,8 @@
 #ifndef ORB_HOSTS_JPEG_ENCODE_H
 #define ORB_HOSTS_JPEG_ENCODE_H
 
+#include <optional>
+
 #include "hosts/bytes.h"
 #include "hosts/image.h"
 #include "hosts/jpeg/script.h"
@@ -9,6 +11,13 @@
 namespace orbhost::jpeg {
 
 enum class Sampling { k444, k422, k420, kGrey };
+
+// Of a lossless file (T.81 annex H).
+struct LosslessOptions {
+  int predictor = 1;       // 1 to 7, as in T.81 table H.1
+  int pointTransform = 0;  // lowest bits of a sample that are dropped
+  int precision = 0;       // bits of a sample; 0: as many as the picture's maximum has
+};
 
 struct EncodeOptions {
   int quality = 85;  // 1 to 100
@@ -18,6 +27,7 @@ struct EncodeOptions {
   Script script;             // the scans; if empty, one, or the usual ones of a progressive file
   int restartInterval = 0;   // in MCUs, or in rows of MCUs; 0 is none
   bool restartInRows = false;
+  std::optional<LosslessOptions> lossless;  // in place of everything above but the restarts
 };
 
 // A JFIF file of a grey or RGB picture, baseline with the tables of T.81 annex K or progressive. A

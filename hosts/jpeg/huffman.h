@@ -2,6 +2,7 @@
 #ifndef ORB_HOSTS_JPEG_HUFFMAN_H
 #define ORB_HOSTS_JPEG_HUFFMAN_H
 
+#include <array>
 #include <memory>
 #include <new>
 #include <string>
@@ -54,6 +55,19 @@ inline EncodeState makeEncodeState() {
 }
 inline DecodeState makeDecodeState() {
   return makeRecord<DecodeState>(legacy90orbiDecodeHuffmanStateInitAlloc_JPEG_8u);
+}
+
+// How often each symbol occurs. The last word is the library's own.
+using SymbolCounts = std::array<Orb32s, 257>;
+
+// The table that codes them in the fewest bits.
+inline HuffmanTable makeOptimalTable(const SymbolCounts& counts) {
+  HuffmanTable table{};
+  if (legacy90orbiEncodeHuffmanRawTableInit_JPEG_8u(counts.data(), table.counts.data(),
+                                                    table.symbols.data()) != orbStsNoErr) {
+    throw Error("the picture's symbols make no Huffman table");
+  }
+  return table;
 }
 
 }  // namespace orbhost::jpeg

@@ -14,6 +14,7 @@ constexpr int divideUp(int a, int b) {
   return (a + b - 1) / b;
 }
 
+// A block of a lossless picture is one sample.
 struct ComponentLayout {
   int h;  // sampling factors: blocks of an interleaved MCU
   int v;
@@ -35,13 +36,14 @@ struct Layout {
       hMax = std::max(hMax, component.h);
       vMax = std::max(vMax, component.v);
     }
-    mcusWide = divideUp(frame.width, 8 * hMax);
-    mcusHigh = divideUp(frame.height, 8 * vMax);
+    const int size = frame.isLossless() ? 1 : 8;
+    mcusWide = divideUp(frame.width, size * hMax);
+    mcusHigh = divideUp(frame.height, size * vMax);
     for (const FrameComponent& component : frame.components) {
       const int h = component.h;
       const int v = component.v;
-      components.push_back({h, v, divideUp(frame.width * h, 8 * hMax),
-                            divideUp(frame.height * v, 8 * vMax), mcusWide * h, mcusHigh * v});
+      components.push_back({h, v, divideUp(frame.width * h, size * hMax),
+                            divideUp(frame.height * v, size * vMax), mcusWide * h, mcusHigh * v});
     }
   }
 };

@@ -184,13 +184,15 @@ void MarkerReader::readHuffman(Segment segment) {
 void MarkerReader::readFrame(Segment segment, int marker) {
   const size_t offset = segment.position();
   if (frame_) failAt(offset, "a second frame");
-  if (marker != kSof0 && marker != kSof1 && marker != kSof2) {
+  if (marker > kSof3) {
     failAt(offset, std::string(processName(marker)) + " JPEG is not supported");
   }
   Frame frame{};
   frame.marker = marker;
   frame.precision = segment.byte();
-  if (frame.precision != 8) {
+  const bool fits =
+      frame.isLossless() ? frame.precision >= 2 && frame.precision <= 16 : frame.precision == 8;
+  if (!fits) {
     failAt(offset, "samples of " + std::to_string(frame.precision) + " bits are not supported");
   }
   frame.height = segment.word();
@@ -264,8 +266,17 @@ void MarkerReader::readSelection(Segment& segment) {
   const int bits = segment.byte();
   read.ah = bits >> 4;
   read.al = bits & 15;
+  if (frame_->isLossless()) {
+    if (read.ss < 1 || read.ss > 7) {
+      segment.fail("has predictor " + std::to_string(read.ss) + ", which is not one of 1 to 7");
+    }
+    if (read.al >= frame_->precision) {
+      segment.fail("has a point transform of " + std::to_string(read.al) +
+                   " bits, which leaves nothing");
+    }
+  }
   // A sequential scan holds all there is, whatever the bytes say: some encoders leave them at 0.
-  scan_.selection = frame_->isProgressive() ? read : Selection{};
+  scan_.selection = frame_->isProgressive() || frame_->isLossless() ? read : Selection{};
 }
 
 void MarkerReader::readApplication(Segment segment, int marker) {

@@ -76,6 +76,12 @@ struct Scan {
   size_t dataOffset;  // of its entropy-coded bytes
   std::vector<ScanComponent> components;
   Selection selection;
+
+  std::vector<int> componentIndexes() const {
+    std::vector<int> indexes;
+    for (const ScanComponent& one : components) indexes.push_back(one.component);
+    return indexes;
+  }
 };
 
 // Throws an Error that names a place in the file.

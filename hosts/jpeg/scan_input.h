@@ -12,11 +12,12 @@ namespace orbhost::jpeg {
 // Counts MCUs and deals with the restarts between them. What decodes the MCUs derives from it.
 class ScanInput {
  public:
-  // True if a restart lies before this MCU: all predictions start anew.
-  bool beginMcu() {
+  // True if a restart lies before the next MCU, or several that have none between them: all
+  // predictions start anew.
+  bool beginMcus(int count) {
     const bool restarts = restartInterval_ != 0 && mcus_ == restartInterval_;
     if (restarts) restart();
-    ++mcus_;
+    mcus_ += count;
     return restarts;
   }
 

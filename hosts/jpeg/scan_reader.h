@@ -26,7 +26,7 @@ class ScanReader : public ScanInput {
   }
 
   void beginMcu() {
-    if (ScanInput::beginMcu()) std::fill(std::begin(lastDc_), std::end(lastDc_), Orb16s{0});
+    if (beginMcus(1)) std::fill(std::begin(lastDc_), std::end(lastDc_), Orb16s{0});
   }
 
   // `component` is a place in the scan. A progressive scan leaves in the block what others told.

@@ -11,6 +11,7 @@
 #include "hosts/jpeg/huffman.h"
 #include "hosts/jpeg/markers.h"
 #include "hosts/jpeg/progression.h"
+#include "hosts/jpeg/scan_output.h"
 #include "hosts/jpeg/tables.h"
 #include "orb90legacy.h"
 
@@ -66,19 +67,15 @@ class SymbolCounter : public ScanCoder {
   void put(int component, const Orb16s* block);
   void finish() { flush(); }
 
-  HuffmanTable dcTable(int number) const { return tableOf(dc_[number]); }
-  HuffmanTable acTable(int number) const { return tableOf(ac_[number]); }
+  HuffmanTable dcTable(int number) const { return makeOptimalTable(dc_[number]); }
+  HuffmanTable acTable(int number) const { return makeOptimalTable(ac_[number]); }
 
  private:
-  // The last word is the library's own.
-  using Counts = std::array<Orb32s, 257>;
-
   void restart() override { flush(); }
   void flush();
-  static HuffmanTable tableOf(const Counts& counts);
 
-  Counts dc_[2] = {};
-  Counts ac_[2] = {};
+  SymbolCounts dc_[2] = {};
+  SymbolCounts ac_[2] = {};
 };
 
 // Writes codes behind what the file holds so far.
@@ -86,23 +83,20 @@ class ScanWriter : public ScanCoder {
  public:
   ScanWriter(const ScanPlan& plan, const TableSet& tables, Bytes& file);
 
-  // Needed before that many blocks are put: coding never meets the buffer's end.
+  // Needed before that many blocks are put.
   void makeRoomFor(int64_t blocks);
 
-  void put(int component, const Orb16s* block) { check(code(component, block)); }
+  void put(int component, const Orb16s* block) { ScanOutput::check(code(component, block)); }
   void finish();
 
  private:
   void restart() override;
   OrbStatus code(int component, const Orb16s* block);
   OrbStatus codeEnd();
-  static void check(OrbStatus status);
 
-  Bytes& file_;
-  Orb32s position_;
+  ScanOutput output_;
   EncodeTable dc_[2];
   EncodeTable ac_[2];
-  int restarts_ = 0;
 };
 
 }  // namespace orbhost::jpeg

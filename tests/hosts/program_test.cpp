@@ -114,6 +114,32 @@ TEST(Program, EncodesInScans) {
   EXPECT_EQ(directory.files(), (Names{"a.jpg", "b.jpg", "in.ppm", "scans"}));
 }
 
+TEST(Program, KeepsEverySample) {
+  const Directory directory;
+  for (const auto& [name, bits] : {std::pair{"deep.png", 16}, std::pair{"deep.png", 12},
+                                   std::pair{"deep.ppm", 10}, std::pair{"deep.png", 8}}) {
+    const Image image = draw(Motif::kNoise, 30, 20, 3, (1 << bits) - 1);
+    const std::string in = directory / name;
+    const std::string out = directory / (std::string("out-") + name);
+    writeFile(in, formatImage(image, orbhost::imageFormatOf(in)));
+    ASSERT_EQ(runOrb({"jpeg", "encode", "--lossless", "7", in, directory / "a.jpg"}).output, "");
+    ASSERT_EQ(runOrb({"jpeg", "decode", directory / "a.jpg", out}).output, "");
+    EXPECT_EQ(readFile(out), readFile(in));
+  }
+  const std::string in = directory / "deep.png";
+  const std::string jpg = directory / "a.jpg";
+  ASSERT_EQ(runOrb({"jpeg", "encode", "-l", "4,2", "--precision", "10", in, jpg}).output, "");
+  EXPECT_EQ(orbhost::jpeg::decodeJpeg(readFile(jpg), {}).maximum(), 1023);
+  for (const char* const wrong : {"x", "1,", "1,2,3", "1 2", "1.5", "-1", "99999999999"}) {
+    expectFailure(runOrb({"jpeg", "encode", std::string("--lossless=") + wrong, in, jpg}),
+                  "a predictor");
+  }
+  expectFailure(runOrb({"jpeg", "encode", "--lossless", "8", in, jpg}),
+                "a predictor is from 1 to 7");
+  expectFailure(runOrb({"jpeg", "encode", "--lossless", "1", "-q", "50", in, jpg}), "--quality");
+  expectFailure(runOrb({"jpeg", "encode", "--precision", "9", in, jpg}), "--lossless");
+}
+
 TEST(Program, ShowsSomeScans) {
   const Directory directory;
   const Bytes file = orbtest::cjpeg(draw(Motif::kScene, 60, 40, 3), {"-progressive"});

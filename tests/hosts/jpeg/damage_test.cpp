@@ -126,7 +126,7 @@ TEST(JpegDamage, EachFaultIsNamed) {
   EXPECT_SAYS(withByte(file, dht + 21, 17), "a DC category of more than 16 bits");
 
   EXPECT_SAYS(withByte(file, sof + 1, 0xC2), "DC and AC coefficients do not share a scan");
-  EXPECT_SAYS(withByte(file, sof + 1, 0xC3), "lossless JPEG is not supported");
+  EXPECT_SAYS(withByte(file, sof + 1, 0xC3), "predictor 0");
   EXPECT_SAYS(withByte(file, sof + 1, 0xC9), "arithmetic-coded sequential JPEG is not supported");
   EXPECT_SAYS(withByte(file, sof + 1, 0xDE), "hierarchical JPEG is not supported");
   EXPECT_SAYS(withByte(file, sof + 1, 0xFE), "a scan before the frame");
