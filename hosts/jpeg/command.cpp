@@ -18,6 +18,7 @@ namespace orbhost {
 
 namespace {
 
+using jpeg::ColourSpace;
 using jpeg::DecodeOptions;
 using jpeg::EncodeOptions;
 using jpeg::Sampling;
@@ -137,7 +138,11 @@ void addEncode(CLI::App& jpeg) {
                                                              {"420", Sampling::k420},
                                                              {"grey", Sampling::kGrey},
                                                              {"gray", Sampling::kGrey}};
-  command.add_option("input", arguments->from, "PNG, PGM or PPM; the content tells which")
+  static const std::map<std::string, ColourSpace> kColours = {{"ycbcr", ColourSpace::kYCbCr},
+                                                              {"rgb", ColourSpace::kRgb},
+                                                              {"ycck", ColourSpace::kYcck},
+                                                              {"cmyk", ColourSpace::kCmyk}};
+  command.add_option("input", arguments->from, "PNG, PGM, PPM or PAM; the content tells which")
       ->required();
   command.add_option("output", arguments->to, "The JPEG file")->required();
   command
@@ -150,6 +155,11 @@ void addEncode(CLI::App& jpeg) {
                   "Chroma in full (444), halved across (422), or halved both ways (420, the "
                   "default); or none of it (grey)")
       ->transform(CLI::CheckedTransformer(kSamplings).description("444|422|420|grey"));
+  command
+      .add_option("--colour,--color", arguments->options.colours,
+                  "How RGB is stored: as ycbcr, or as it is (rgb); and CMYK, which comes in a PAM: "
+                  "as ycck, or as it is (cmyk)")
+      ->transform(CLI::CheckedTransformer(kColours).description("ycbcr|rgb|ycck|cmyk"));
   command.add_flag("-o,--optimize", arguments->options.optimize,
                    "Make Huffman tables for this picture: a few per cent smaller, and slower");
   command.add_flag("-p,--progressive", arguments->options.progressive,
@@ -172,7 +182,7 @@ void addEncode(CLI::App& jpeg) {
               "the lowest Pt bits. Few programs read such a file")
           ->type_name("PREDICTOR[,Pt]");
   for (const char* const other :
-       {"--quality", "--sampling", "--optimize", "--progressive", "--scans"}) {
+       {"--quality", "--sampling", "--colour", "--optimize", "--progressive", "--scans"}) {
     lossless->excludes(other);
   }
   command
@@ -188,7 +198,8 @@ void addEncode(CLI::App& jpeg) {
       "  orb jpeg encode --quality 95 --sampling 444 chart.ppm chart.jpg\n"
       "  orb jpeg encode -q 60 --optimize --restart 1row scan.pgm scan.jpg\n"
       "  orb jpeg encode --progressive photo.png photo.jpg\n"
-      "  orb jpeg encode --lossless 4 x-ray.pgm x-ray.jpg\n\n"
+      "  orb jpeg encode --lossless 4 x-ray.pgm x-ray.jpg\n"
+      "  orb jpeg encode --colour ycck --sampling 444 inks.pam inks.jpg\n\n"
       "A PNG's transparency is dropped. Samples of another depth are scaled to 8 bits, but for a\n"
       "lossless file, which keeps them: it has as many bits as a PGM's or PPM's maximum, or as a\n"
       "PNG says that its samples have.");
@@ -202,8 +213,10 @@ void addDecode(CLI::App& jpeg) {
       {"1", 1}, {"1/1", 1}, {"1/2", 2}, {"1/4", 4}, {"1/8", 8}};
   command.add_option("input", arguments->from, "The JPEG file")->required();
   command
-      .add_option("output", arguments->to,
-                  "The picture, as its extension says: .png, .ppm, .pgm, or .pnm for PGM or PPM")
+      .add_option(
+          "output", arguments->to,
+          "The picture, as its extension says: .png, .ppm, .pgm, .pnm for PGM or PPM, or .pam, "
+          "which alone holds CMYK")
       ->required();
   command
       .add_option("--scale", arguments->options.scale,
@@ -224,7 +237,7 @@ void addDecode(CLI::App& jpeg) {
       "Reads baseline, extended sequential and progressive Huffman-coded files of 8-bit samples,\n"
       "and lossless ones of 2 to 16 bits: grey, YCbCr, RGB, CMYK and YCCK. A damaged or cut-off\n"
       "file is refused, and nothing is written; what lies behind the scans of --scans-to is not\n"
-      "looked at.");
+      "looked at. Inks become light in every format but PAM.");
   command.callback([arguments] { decode(*arguments); });
 }
 

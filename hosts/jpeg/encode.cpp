@@ -24,9 +24,35 @@ namespace {
 constexpr int kChroma = 1;  // its tables
 constexpr int kMaximum = 255;
 
+bool hasChroma(ColourSpace colourSpace) {
+  return colourSpace == ColourSpace::kYCbCr || colourSpace == ColourSpace::kYcck;
+}
+
 ColourSpace colourSpaceFor(const Image& image, const EncodeOptions& options) {
-  const bool grey = image.channels() == 1 || options.sampling == Sampling::kGrey;
-  return grey ? ColourSpace::kGrey : ColourSpace::kYCbCr;
+  const auto choose = [&](ColourSpace usual, ColourSpace other) {
+    const ColourSpace wanted = options.colours.value_or(usual);
+    if (wanted != usual && wanted != other) {
+      throw Error("a picture of " + std::to_string(image.channels()) +
+                  " channels is not stored in these colours");
+    }
+    return wanted;
+  };
+  if (image.channels() == 4) return choose(ColourSpace::kYcck, ColourSpace::kCmyk);
+  if (image.channels() == 1 || options.sampling == Sampling::kGrey) {
+    return choose(ColourSpace::kGrey, ColourSpace::kGrey);
+  }
+  return choose(ColourSpace::kYCbCr, ColourSpace::kRgb);
+}
+
+Sampling samplingFor(ColourSpace colourSpace, const EncodeOptions& options) {
+  const Sampling usual = hasChroma(colourSpace) ? Sampling::k420 : Sampling::k444;
+  const Sampling wanted = options.sampling.value_or(usual);
+  if (colourSpace == ColourSpace::kGrey) return Sampling::k444;
+  if (wanted == Sampling::kGrey) throw Error("a CMYK picture is not stored as grey");
+  if (wanted != usual && !hasChroma(colourSpace)) {
+    throw Error("RGB and CMYK as they are have no chroma to be halved");
+  }
+  return wanted;
 }
 
 bool isProgressiveFor(const EncodeOptions& options) {
@@ -39,11 +65,12 @@ bool isProgressiveFor(const EncodeOptions& options) {
 }
 
 Frame makeSampledFrame(const Image& image, ColourSpace colourSpace, const EncodeOptions& options) {
+  const Sampling sampling = samplingFor(colourSpace, options);
   Frame frame = makeFrame(image, isProgressiveFor(options) ? kSof2 : kSof0, 8, colourSpace);
   for (FrameComponent& component : frame.components) {
-    if (colourSpace != ColourSpace::kYCbCr || component.table == kChroma) continue;
-    component.h = options.sampling == Sampling::k444 ? 1 : 2;
-    component.v = options.sampling == Sampling::k420 ? 2 : 1;
+    if (component.table == kChroma) continue;
+    component.h = sampling == Sampling::k444 ? 1 : 2;
+    component.v = sampling == Sampling::k420 ? 2 : 1;
   }
   return frame;
 }
@@ -91,10 +118,9 @@ class Encoder {
   }
 
   void planScans(const EncodeOptions& options) {
-    const bool hasChroma = colourSpace_ == ColourSpace::kYCbCr;
     const Script script = !options.script.empty() ? options.script
-                          : options.progressive   ? progressiveScript(frame_, hasChroma)
-                                                  : sequentialScript(frame_);
+                          : options.progressive ? progressiveScript(frame_, hasChroma(colourSpace_))
+                                                : sequentialScript(frame_);
     checkScript(script, frame_);
     for (const ScriptScan& from : script) {
       ScanPlan plan = {{}, from.selection, passOf(frame_.isProgressive(), from.selection), 0};

@@ -6,6 +6,7 @@
 
 #include "hosts/bytes.h"
 #include "hosts/image.h"
+#include "hosts/jpeg/colour.h"
 #include "hosts/jpeg/script.h"
 
 namespace orbhost::jpeg {
@@ -20,8 +21,9 @@ struct LosslessOptions {
 };
 
 struct EncodeOptions {
-  int quality = 85;  // 1 to 100
-  Sampling sampling = Sampling::k420;
+  int quality = 85;                    // 1 to 100
+  std::optional<Sampling> sampling;    // if not given, 420 where there is chroma
+  std::optional<ColourSpace> colours;  // if not given, YCbCr or YCCK
   bool optimize = false;     // Huffman tables made for this picture, at the price of a second pass
   bool progressive = false;  // always with tables of its own for each scan
   Script script;             // the scans; if empty, one, or the usual ones of a progressive file
@@ -30,9 +32,10 @@ struct EncodeOptions {
   std::optional<LosslessOptions> lossless;  // in place of everything above but the restarts
 };
 
-// A JFIF file of a grey or RGB picture, baseline with the tables of T.81 annex K or progressive. A
-// grey picture stays grey whatever the sampling. Throws an Error if the picture is too large for
-// the format, or the options do not go together.
+// A file of a grey, RGB or CMYK picture: baseline with the tables of T.81 annex K, progressive, or
+// lossless. A grey picture stays grey whatever the sampling. Grey and YCbCr make JFIF files; others
+// have an Adobe segment, and inks are stored as light, as is usual in them. Throws an Error if the
+// picture is too large for the format, or the options do not go together.
 Bytes encodeJpeg(const Image& image, const EncodeOptions& options);
 
 }  // namespace orbhost::jpeg

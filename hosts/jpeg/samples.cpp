@@ -12,6 +12,7 @@ SampleStripe::SampleStripe(const Image& image, const Layout& layout, ColourSpace
   for (const ComponentLayout& component : layout.components) {
     rows_.emplace_back(component.paddedBlocksWide * 8, component.v * 8);
   }
+  if (colourSpace == ColourSpace::kYcck) light_.resize(image.rowBytes());
   if (layout.hMax > 1) {
     for (Rows& chroma : fullChroma_) chroma = Rows(rows_[0].width, layout.vMax);
   }
@@ -45,7 +46,7 @@ void SampleStripe::fillGroup(int group, int y) {
   }
 }
 
-void SampleStripe::convertRow(const uint8_t* from, uint8_t* const to[4]) const {
+void SampleStripe::convertRow(const uint8_t* from, uint8_t* const to[4]) {
   const OrbiSize row = {image_.width(), 1};
   const Orb32s fromStep = static_cast<Orb32s>(image_.rowBytes());
   const Orb32s toStep = rows_[0].width;
@@ -60,8 +61,23 @@ void SampleStripe::convertRow(const uint8_t* from, uint8_t* const to[4]) const {
     case ColourSpace::kYCbCr:
       legacy90orbiRGBToYCbCr_JPEG_8u_C3P3R(from, fromStep, to, toStep, row);
       break;
-    default:
-      throw Error("not yet");
+    case ColourSpace::kRgb:
+      separate(from, 0, to);
+      break;
+    case ColourSpace::kCmyk:
+      separate(from, 255, to);
+      break;
+    case ColourSpace::kYcck:
+      for (size_t i = 0; i < light_.size(); ++i) light_[i] = static_cast<uint8_t>(255 - from[i]);
+      legacy90orbiCMYKToYCCK_JPEG_8u_C4P4R(light_.data(), fromStep, to, toStep, row);
+      break;
+  }
+}
+
+// The channels as they are, or the light that inks leave.
+void SampleStripe::separate(const uint8_t* from, int flip, uint8_t* const to[4]) const {
+  for (int x = 0; x < image_.width(); ++x) {
+    for (int c = 0; c < image_.channels(); ++c) to[c][x] = static_cast<uint8_t>(*from++ ^ flip);
   }
 }
 

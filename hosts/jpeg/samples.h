@@ -37,7 +37,8 @@ class SampleStripe {
   };
 
   void fillGroup(int group, int y);
-  void convertRow(const uint8_t* from, uint8_t* const to[4]) const;
+  void convertRow(const uint8_t* from, uint8_t* const to[4]);
+  void separate(const uint8_t* from, int flip, uint8_t* const to[4]) const;
   void halve(const Rows& full, uint8_t* to) const;
   void repeatLastColumn(uint8_t* row) const;
   void repeatGroup(int group);
@@ -46,7 +47,8 @@ class SampleStripe {
   const Layout& layout_;
   ColourSpace colourSpace_;
   std::vector<Rows> rows_;
-  Rows fullChroma_[2];  // of one group, before it is halved
+  Rows fullChroma_[2];          // of one group, before it is halved
+  std::vector<uint8_t> light_;  // that the inks of one row leave
 };
 
 }  // namespace orbhost::jpeg

@@ -140,6 +140,24 @@ TEST(Program, KeepsEverySample) {
   expectFailure(runOrb({"jpeg", "encode", "--precision", "9", in, jpg}), "--lossless");
 }
 
+TEST(Program, KeepsInks) {
+  const Directory directory;
+  const Image inks = draw(Motif::kScene, 30, 20, 4);
+  writeFile(directory / "in.pam", formatImage(inks, ImageFormat::kPam));
+  orbhost::jpeg::EncodeOptions options;
+  options.colours = orbhost::jpeg::ColourSpace::kCmyk;
+  const std::string jpg = directory / "a.jpg";
+  ASSERT_EQ(runOrb({"jpeg", "encode", "--colour", "cmyk", directory / "in.pam", jpg}).output, "");
+  EXPECT_EQ(readFile(jpg), encodeJpeg(inks, options));
+  const Image decoded = orbhost::jpeg::decodeJpeg(readFile(jpg), {});
+  ASSERT_EQ(runOrb({"jpeg", "decode", jpg, directory / "out.pam"}).output, "");
+  ASSERT_EQ(runOrb({"jpeg", "decode", jpg, directory / "out.ppm"}).output, "");
+  EXPECT_EQ(readFile(directory / "out.pam"), formatImage(decoded, ImageFormat::kPam));
+  EXPECT_EQ(readFile(directory / "out.ppm"), formatImage(decoded, ImageFormat::kPpm));
+  expectFailure(runOrb({"jpeg", "encode", "--color", "rgb", directory / "in.pam", jpg}),
+                "not stored in these colours");
+}
+
 TEST(Program, ShowsSomeScans) {
   const Directory directory;
   const Bytes file = orbtest::cjpeg(draw(Motif::kScene, 60, 40, 3), {"-progressive"});

@@ -47,7 +47,7 @@ EncodeOptions optionsOf(Sampling sampling, int quality) {
 std::vector<std::string> cjpegOptions(const EncodeOptions& options) {
   std::vector<std::string> words = {"-baseline", "-dct", "int", "-quality",
                                     std::to_string(options.quality)};
-  switch (options.sampling) {
+  switch (*options.sampling) {
     case Sampling::k444:
       words.insert(words.end(), {"-sample", "1x1"});
       break;

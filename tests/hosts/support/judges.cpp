@@ -77,8 +77,11 @@ Bytes runOnFile(const char* program, const void* input, size_t size,
 
 }  // namespace
 
-Image judgeDecode(ByteView file, int scale) {
+namespace {
+
+Image decodeTo(J_COLOR_SPACE colours, ByteView file, int scale) {
   Decompress info(file);
+  if (colours != JCS_UNKNOWN) info->out_color_space = colours;
   info->dct_method = JDCT_ISLOW;
   // Of a progressive picture without its last scans it would guess what they tell.
   info->do_block_smoothing = FALSE;
@@ -93,6 +96,20 @@ Image judgeDecode(ByteView file, int scale) {
   }
   info.finish();
   return image;
+}
+
+}  // namespace
+
+Image judgeDecode(ByteView file, int scale) {
+  return decodeTo(JCS_UNKNOWN, file, scale);
+}
+
+Image judgeDecodeInks(ByteView file) {
+  Image light = decodeTo(JCS_CMYK, file, 1);
+  for (size_t i = 0; i < light.size(); ++i) {
+    light.row(0)[i] = static_cast<uint8_t>(255 - light.row(0)[i]);
+  }
+  return light;
 }
 
 std::vector<Coefficients> judgeCoefficients(ByteView file) {

@@ -16,6 +16,10 @@ namespace orbtest {
 // failure of the test.
 orbhost::Image judgeDecode(orbhost::ByteView file, int scale = 1);
 
+// The same for a file of four components, to inks. As in all files that have an Adobe segment, the
+// file is to store the light that they leave.
+orbhost::Image judgeDecodeInks(orbhost::ByteView file);
+
 // The quantised coefficients of a file: for each component its blocks, row by row, each in raster
 // order.
 struct Coefficients {
@@ -25,7 +29,7 @@ struct Coefficients {
 };
 std::vector<Coefficients> judgeCoefficients(orbhost::ByteView file);
 
-// A file from components as they are, without conversion: four channels make CMYK or YCCK.
+// A file of four channels, which are stored as they are, or as YCCK with halved chroma.
 struct JudgeOptions {
   int quality = 90;
   bool ycck = false;
