@@ -5,6 +5,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "hosts/bmp_file.h"
 #include "hosts/error.h"
 #include "hosts/image_convert.h"
 #include "hosts/png_file.h"
@@ -29,7 +30,8 @@ ImageFormat imageFormatOf(const std::string& path) {
   if (extension == ".ppm") return ImageFormat::kPpm;
   if (extension == ".pnm") return ImageFormat::kPnm;
   if (extension == ".pam") return ImageFormat::kPam;
-  throw Error("a picture is written as .png, .ppm, .pgm, .pnm or .pam");
+  if (extension == ".bmp") return ImageFormat::kBmp;
+  throw Error("a picture is written as .png, .ppm, .pgm, .pnm, .pam or .bmp");
 }
 
 Image parseImage(ByteView file) {
@@ -43,6 +45,7 @@ Bytes formatImage(const Image& image, ImageFormat format) {
   if (format == ImageFormat::kPam) return formatPam(image);
   if (image.channels() == 4) return formatImage(withoutInks(image), format);
   if (format == ImageFormat::kPng) return formatPng(image);
+  if (format == ImageFormat::kBmp) return formatBmp(image);
   if (format == ImageFormat::kPgm && image.channels() != 1) {
     throw Error("a colour picture does not fit a .pgm; write a .ppm or .png");
   }

@@ -1,4 +1,4 @@
-// Pictures as files: PNG, and the portable any-maps PGM, PPM and PAM.
+// Pictures as files: PNG, the portable any-maps PGM, PPM and PAM, and BMP, which is only written.
 #ifndef ORB_HOSTS_IMAGE_FILE_H
 #define ORB_HOSTS_IMAGE_FILE_H
 
@@ -15,6 +15,7 @@ enum class ImageFormat {
   kPpm,
   kPnm,  // PGM or PPM, as the picture is
   kPam,
+  kBmp,
 };
 
 // The format that a file's name asks for by its extension; an Error if none.

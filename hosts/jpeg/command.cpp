@@ -4,14 +4,17 @@
 #include <cstdlib>
 #include <map>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 
+#include "hosts/bmp_file.h"
 #include "hosts/commands.h"
 #include "hosts/file.h"
 #include "hosts/image_file.h"
 #include "hosts/jpeg/decode.h"
 #include "hosts/jpeg/encode.h"
+#include "hosts/jpeg/packed_decode.h"
 #include "orb90legacy.h"
 
 namespace orbhost {
@@ -37,6 +40,7 @@ struct EncodeArguments {
 struct DecodeArguments {
   std::string from;
   std::string to;
+  std::optional<PackedFormat> packed;
   bool stats = false;
   DecodeOptions options;
 };
@@ -81,7 +85,8 @@ class Stopwatch {
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-void printStats(size_t bytes, const Image& image, double seconds) {
+template <class Picture>
+void printStats(size_t bytes, const Picture& image, double seconds) {
   const double pixels = static_cast<double>(image.width()) * image.height();
   std::fprintf(stderr, "bytes=%zu bits_per_pixel=%.3f mpixels_per_second=%.1f build=%s\n", bytes,
                static_cast<double>(bytes) * 8 / pixels, pixels / 1e6 / seconds,
@@ -110,16 +115,36 @@ void encode(EncodeArguments& arguments) {
   withFile(arguments.to, [&] { writeFile(arguments.to, file); });
 }
 
-void decode(const DecodeArguments& arguments) {
-  const ImageFormat format = withFile(arguments.to, [&] { return imageFormatOf(arguments.to); });
-  const Image image = withFile(arguments.from, [&] {
+// `read` turns a JPEG file into a picture, `format` that into a file's bytes.
+template <class Read, class Format>
+void decodeBy(const DecodeArguments& arguments, Read read, Format format) {
+  const auto image = withFile(arguments.from, [&] {
     const Bytes coded = readFile(arguments.from);
     const Stopwatch stopwatch;
-    Image decoded = jpeg::decodeJpeg(coded, arguments.options);
+    auto decoded = read(coded);
     if (arguments.stats) printStats(coded.size(), decoded, stopwatch.seconds());
     return decoded;
   });
-  withFile(arguments.to, [&] { writeFile(arguments.to, formatImage(image, format)); });
+  withFile(arguments.to, [&] { writeFile(arguments.to, format(image)); });
+}
+
+void decode(const DecodeArguments& arguments) {
+  const ImageFormat format = withFile(arguments.to, [&] { return imageFormatOf(arguments.to); });
+  if (!arguments.packed) {
+    decodeBy(
+        arguments, [&](ByteView coded) { return jpeg::decodeJpeg(coded, arguments.options); },
+        [&](const Image& image) { return formatImage(image, format); });
+    return;
+  }
+  if (format != ImageFormat::kBmp) {
+    throw Error(arguments.to + ": only a .bmp holds pixels of 16 bits");
+  }
+  decodeBy(
+      arguments,
+      [&](ByteView coded) {
+        return jpeg::decodeJpegPacked(coded, *arguments.packed, arguments.options);
+      },
+      [](const PackedImage& image) { return formatBmp(image); });
 }
 
 template <class Arguments>
@@ -211,17 +236,24 @@ void addDecode(CLI::App& jpeg) {
   const auto arguments = std::make_shared<DecodeArguments>();
   static const std::map<std::string, int> kScales = {
       {"1", 1}, {"1/1", 1}, {"1/2", 2}, {"1/4", 4}, {"1/8", 8}};
+  static const std::map<std::string, PackedFormat> kPixels = {{"bgr555", PackedFormat::kBgr555},
+                                                              {"bgr565", PackedFormat::kBgr565}};
   command.add_option("input", arguments->from, "The JPEG file")->required();
   command
       .add_option(
           "output", arguments->to,
-          "The picture, as its extension says: .png, .ppm, .pgm, .pnm for PGM or PPM, or .pam, "
-          "which alone holds CMYK")
+          "The picture, as its extension says: .png, .ppm, .pgm, .pnm for PGM or PPM, .pam, which "
+          "alone holds CMYK, or .bmp")
       ->required();
   command
       .add_option("--scale", arguments->options.scale,
                   "Decode at a part of the size, which is also faster: 1/2, 1/4 or 1/8")
       ->transform(CLI::CheckedTransformer(kScales).description("1|1/2|1/4|1/8"));
+  command
+      .add_option("--pixels", arguments->packed,
+                  "Pixels of 16 bits in a .bmp, in place of 24: blue, green and red of 5 bits each "
+                  "(bgr555), or 6 of green (bgr565)")
+      ->transform(CLI::CheckedTransformer(kPixels).description("bgr555|bgr565"));
   command
       .add_option("--scans-to", arguments->options.scansTo,
                   "Show the picture as it is after N scans of a progressive file, and read no "
@@ -233,7 +265,9 @@ void addDecode(CLI::App& jpeg) {
       "Examples:\n"
       "  orb jpeg decode photo.jpg photo.png\n"
       "  orb jpeg decode --scale 1/8 photo.jpg thumbnail.ppm\n"
-      "  orb jpeg decode --scans-to 3 progressive.jpg preview.png\n\n"
+      "  orb jpeg decode --scans-to 3 progressive.jpg preview.png\n"
+      "  orb jpeg decode --pixels bgr565 photo.jpg photo.bmp\n"
+      "  orb jpeg decode inks.jpg inks.pam\n\n"
       "Reads baseline, extended sequential and progressive Huffman-coded files of 8-bit samples,\n"
       "and lossless ones of 2 to 16 bits: grey, YCbCr, RGB, CMYK and YCCK. A damaged or cut-off\n"
       "file is refused, and nothing is written; what lies behind the scans of --scans-to is not\n"

@@ -7,8 +7,6 @@
 
 namespace orbhost::jpeg {
 
-namespace {
-
 void checkOptions(const DecodeOptions& options) {
   const int scale = options.scale;
   if (scale != 1 && scale != 2 && scale != 4 && scale != 8) {
@@ -16,8 +14,6 @@ void checkOptions(const DecodeOptions& options) {
   }
   if (options.scansTo < 0) throw Error("a picture is shown after 1 scan or more");
 }
-
-}  // namespace
 
 Image decodeJpeg(ByteView file, const DecodeOptions& options) {
   checkOptions(options);

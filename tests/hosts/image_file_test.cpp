@@ -321,6 +321,7 @@ TEST(ImageFile, TheExtensionSaysWhatIsWritten) {
   EXPECT_EQ(imageFormatOf("c.x.pgm"), ImageFormat::kPgm);
   EXPECT_EQ(imageFormatOf("d.pnm"), ImageFormat::kPnm);
   EXPECT_EQ(imageFormatOf("d.pam"), ImageFormat::kPam);
+  EXPECT_EQ(imageFormatOf("d.BMP"), ImageFormat::kBmp);
   EXPECT_THROW(imageFormatOf("e.jpg"), Error);
   EXPECT_THROW(imageFormatOf("png"), Error);
 }

@@ -9,10 +9,12 @@
 #include <string>
 #include <vector>
 
+#include "hosts/bmp_file.h"
 #include "hosts/file.h"
 #include "hosts/image_file.h"
 #include "hosts/jpeg/decode.h"
 #include "hosts/jpeg/encode.h"
+#include "hosts/jpeg/packed_decode.h"
 #include "orb90legacy.h"
 #include "tests/hosts/support/judges.h"
 #include "tests/hosts/support/pictures.h"
@@ -156,6 +158,21 @@ TEST(Program, KeepsInks) {
   EXPECT_EQ(readFile(directory / "out.ppm"), formatImage(decoded, ImageFormat::kPpm));
   expectFailure(runOrb({"jpeg", "encode", "--color", "rgb", directory / "in.pam", jpg}),
                 "not stored in these colours");
+}
+
+TEST(Program, WritesPixelsOf16Bits) {
+  const Directory directory;
+  const Bytes file = encodeJpeg(draw(Motif::kScene, 30, 20, 3), {});
+  const std::string jpg = directory / "a.jpg";
+  const std::string bmp = directory / "a.bmp";
+  writeFile(jpg, file);
+  ASSERT_EQ(runOrb({"jpeg", "decode", "--pixels", "bgr565", jpg, bmp}).output, "");
+  EXPECT_EQ(readFile(bmp), orbhost::formatBmp(orbhost::jpeg::decodeJpegPacked(
+                               file, orbhost::PackedFormat::kBgr565, {})));
+  ASSERT_EQ(runOrb({"jpeg", "decode", jpg, bmp}).output, "");
+  EXPECT_EQ(readFile(bmp), orbhost::formatBmp(orbhost::jpeg::decodeJpeg(file, {})));
+  expectFileFailure(runOrb({"jpeg", "decode", "--pixels", "bgr555", jpg, directory / "a.png"}),
+                    "a.png: only a .bmp holds");
 }
 
 TEST(Program, ShowsSomeScans) {

@@ -79,12 +79,13 @@ Bytes runOnFile(const char* program, const void* input, size_t size,
 
 namespace {
 
-Image decodeTo(J_COLOR_SPACE colours, ByteView file, int scale) {
+Image decodeTo(J_COLOR_SPACE colours, ByteView file, int scale, Chroma chroma) {
   Decompress info(file);
   if (colours != JCS_UNKNOWN) info->out_color_space = colours;
   info->dct_method = JDCT_ISLOW;
   // Of a progressive picture without its last scans it would guess what they tell.
   info->do_block_smoothing = FALSE;
+  info->do_fancy_upsampling = chroma == Chroma::kSmooth ? TRUE : FALSE;
   info->scale_num = 1;
   info->scale_denom = static_cast<unsigned>(scale);
   jpeg_start_decompress(info.get());
@@ -100,12 +101,12 @@ Image decodeTo(J_COLOR_SPACE colours, ByteView file, int scale) {
 
 }  // namespace
 
-Image judgeDecode(ByteView file, int scale) {
-  return decodeTo(JCS_UNKNOWN, file, scale);
+Image judgeDecode(ByteView file, int scale, Chroma chroma) {
+  return decodeTo(JCS_UNKNOWN, file, scale, chroma);
 }
 
 Image judgeDecodeInks(ByteView file) {
-  Image light = decodeTo(JCS_CMYK, file, 1);
+  Image light = decodeTo(JCS_CMYK, file, 1, Chroma::kSmooth);
   for (size_t i = 0; i < light.size(); ++i) {
     light.row(0)[i] = static_cast<uint8_t>(255 - light.row(0)[i]);
   }

@@ -12,9 +12,10 @@
 
 namespace orbtest {
 
-// Decodes with the accurate integer transform and smooth chroma, to grey or RGB. A warning is a
-// failure of the test.
-orbhost::Image judgeDecode(orbhost::ByteView file, int scale = 1);
+// Decodes with the accurate integer transform and smooth or repeated chroma, to grey or RGB. A
+// warning is a failure of the test.
+enum class Chroma { kSmooth, kRepeated };
+orbhost::Image judgeDecode(orbhost::ByteView file, int scale = 1, Chroma chroma = Chroma::kSmooth);
 
 // The same for a file of four components, to inks. As in all files that have an Adobe segment, the
 // file is to store the light that they leave.

@@ -63,9 +63,9 @@ Bytes pixelsOf(const Directory& directory, const std::string& file, int item) {
 
 Bytes ffmpegDecode(const Bytes& file, const std::string& pixelFormat) {
   const Directory directory;
-  writeFile(directory / "in.jpg", file);
+  writeFile(directory / "in", file);
   ffmpeg(
-      {"-i", directory / "in.jpg", "-f", "rawvideo", "-pix_fmt", pixelFormat, directory / "out"});
+      {"-i", directory / "in", "-f", "rawvideo", "-pix_fmt", pixelFormat, directory / "out"});
   return readFile(directory / "out");
 }
 

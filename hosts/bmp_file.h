@@ -1,0 +1,19 @@
+// Pictures as BMP files.
+#ifndef ORB_HOSTS_BMP_FILE_H
+#define ORB_HOSTS_BMP_FILE_H
+
+#include "hosts/bytes.h"
+#include "hosts/image.h"
+#include "hosts/packed_image.h"
+
+namespace orbhost {
+
+// A grey or RGB picture, with 24 bits to a pixel.
+Bytes formatBmp(const Image& image);
+
+// With 16 bits to a pixel.
+Bytes formatBmp(const PackedImage& image);
+
+}  // namespace orbhost
+
+#endif
