@@ -2,15 +2,15 @@
 // never a crash.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstring>
 #include <string>
 #include <vector>
 
 #include "hosts/jpeg/decode.h"
 #include "hosts/jpeg/encode.h"
+#include "hosts/jpeg/packed_decode.h"
 #include "tests/hosts/support/judges.h"
 #include "tests/hosts/support/pictures.h"
+#include "tests/hosts/support/segments.h"
 #include "tests/support/guarded.h"
 #include "tests/support/random.h"
 
@@ -20,34 +20,87 @@ using orbhost::Bytes;
 using orbhost::ByteView;
 using orbhost::Error;
 using orbhost::jpeg::decodeJpeg;
+using orbhost::jpeg::DecodeOptions;
+using orbhost::jpeg::encodeJpeg;
+using orbhost::jpeg::EncodeOptions;
 using orbtest::draw;
+using orbtest::findMarker;
 using orbtest::GuardedBytes;
 using orbtest::Motif;
 
 // Empty if there is a picture. A read behind the file's end is a fault.
-std::string messageFor(const Bytes& file, int scale = 1) {
+template <class Decode>
+std::string messageOf(const Bytes& file, Decode decode) {
   const GuardedBytes guarded(file);
   try {
-    decodeJpeg(ByteView(guarded.data(), file.size()), {scale});
+    decode(ByteView(guarded.data(), file.size()));
   } catch (const Error& error) {
     EXPECT_STRNE(error.what(), "");
     return error.what();
   }
   return "";
 }
-
-Bytes smallFile() {
-  orbhost::jpeg::EncodeOptions options;
-  options.restartInterval = 2;
-  options.optimize = true;
-  return orbhost::jpeg::encodeJpeg(draw(Motif::kScene, 50, 35, 3), options);
+std::string messageFor(const Bytes& file, const DecodeOptions& options = {}) {
+  return messageOf(file, [&](ByteView view) { decodeJpeg(view, options); });
 }
 
-// The offset of the first marker of a code.
-size_t find(const Bytes& file, int code) {
-  const uint8_t marker[] = {0xFF, static_cast<uint8_t>(code)};
-  return static_cast<size_t>(std::search(file.begin(), file.end(), marker, marker + 2) -
-                             file.begin());
+// In one of the ways in which a file can be decoded.
+void decodeSomehow(const Bytes& file, orbtest::Random& random) {
+  DecodeOptions options;
+  if (random.oneIn(3)) options.scale = 1 << random.between(0, 3);
+  if (random.oneIn(3)) options.scansTo = random.between(1, 5);
+  if (random.oneIn(3)) {
+    messageOf(file, [&](ByteView view) {
+      orbhost::jpeg::decodeJpegPacked(view, orbhost::PackedFormat::kBgr565, options);
+    });
+  } else {
+    messageFor(file, options);
+  }
+}
+
+Bytes smallFile() {
+  EncodeOptions options;
+  options.restartInterval = 2;
+  options.optimize = true;
+  return encodeJpeg(draw(Motif::kScene, 50, 35, 3), options);
+}
+
+struct Kind {
+  std::string name;
+  Bytes file;
+};
+
+// A small file of each kind that there is.
+std::vector<Kind> everyKind() {
+  std::vector<Kind> kinds = {{"baseline", smallFile()}};
+  const auto add = [&](const char* name, int channels, int maximum, const EncodeOptions& options) {
+    const int size = options.lossless ? 11 : 25;
+    kinds.push_back(
+        {name, encodeJpeg(draw(Motif::kScene, size + 6, size, channels, maximum), options)});
+  };
+  EncodeOptions options;
+  options.progressive = true;
+  add("progressive", 3, 255, options);
+  options.restartInterval = 3;
+  add("progressive with restarts", 3, 255, options);
+  add("progressive grey", 1, 255, options);
+  options = {};
+  options.script = orbhost::jpeg::parseScript("0; 1 2;");
+  add("sequential scans", 3, 255, options);
+  options = {};
+  add("YCCK", 4, 255, options);
+  options.colours = orbhost::jpeg::ColourSpace::kCmyk;
+  add("CMYK", 4, 255, options);
+  for (const int predictor : {1, 7}) {
+    options = {};
+    options.lossless = orbhost::jpeg::LosslessOptions{predictor, 0, 0};
+    add("lossless grey", 1, 65535, options);
+    options.restartInterval = 2;
+    options.restartInRows = true;
+    options.lossless->pointTransform = 3;
+    add("lossless RGB", 3, 255, options);
+  }
+  return kinds;
 }
 
 Bytes withByte(Bytes file, size_t offset, int value) {
@@ -59,30 +112,49 @@ Bytes withByte(Bytes file, size_t offset, int value) {
   EXPECT_NE(messageFor(file).find(text), std::string::npos) << messageFor(file)
 
 TEST(JpegDamage, EveryPrefixIsRefused) {
-  const Bytes file = smallFile();
-  ASSERT_EQ(messageFor(file), "");
-  for (size_t size = 0; size < file.size(); ++size) {
-    EXPECT_NE(messageFor(Bytes(file.begin(), file.begin() + static_cast<long>(size))), "") << size;
+  for (const auto& [name, file] : everyKind()) {
+    SCOPED_TRACE(name);
+    ASSERT_EQ(messageFor(file), "");
+    for (size_t size = 0; size < file.size(); ++size) {
+      EXPECT_NE(messageFor(orbtest::slice(file, 0, size)), "") << size;
+    }
   }
 }
 
 TEST(JpegDamage, EveryByteMayBeWrong) {
   orbtest::Random random("EveryByteMayBeWrong");
-  const Bytes file = smallFile();
-  for (size_t i = 0; i < file.size(); ++i) {
-    messageFor(withByte(file, i, file[i] ^ 0xFF), 1 << random.between(0, 3));
-    messageFor(withByte(file, i, file[i] ^ (1 << random.between(0, 7))));
-    messageFor(withByte(file, i, random.between(0, 255)));
+  for (const auto& [name, file] : everyKind()) {
+    for (size_t i = 0; i < file.size(); ++i) {
+      decodeSomehow(withByte(file, i, file[i] ^ 0xFF), random);
+      decodeSomehow(withByte(file, i, file[i] ^ (1 << random.between(0, 7))), random);
+      decodeSomehow(withByte(file, i, random.between(0, 255)), random);
+    }
+  }
+}
+
+TEST(JpegDamage, EveryByteMayLackOrComeTwice) {
+  orbtest::Random random("EveryByteMayLackOrComeTwice");
+  for (const auto& [name, file] : everyKind()) {
+    for (size_t i = 0; i < file.size(); ++i) {
+      Bytes damaged = file;
+      damaged.erase(damaged.begin() + static_cast<long>(i));
+      decodeSomehow(damaged, random);
+      damaged = file;
+      damaged.insert(damaged.begin() + static_cast<long>(i), file[i]);
+      decodeSomehow(damaged, random);
+    }
   }
 }
 
 TEST(JpegDamage, AnyBytesMayBeWrong) {
   orbtest::Random random("AnyBytesMayBeWrong");
-  const Bytes files[] = {smallFile(),
-                         orbtest::cjpeg(draw(Motif::kNoise, 40, 40, 3), {"-sample", "1x2"}),
-                         orbtest::judgeEncodeCmyk(draw(Motif::kEdges, 24, 24, 4), {})};
-  for (const Bytes& file : files) {
-    for (int round = 0; round < 2000; ++round) {
+  std::vector<Kind> kinds = everyKind();
+  kinds.push_back(
+      {"sampled down", orbtest::cjpeg(draw(Motif::kNoise, 40, 40, 3), {"-sample", "1x2"})});
+  kinds.push_back(
+      {"without Adobe's segment", orbtest::judgeEncodeCmyk(draw(Motif::kEdges, 24, 24, 4), {})});
+  for (const auto& [name, file] : kinds) {
+    for (int round = 0; round < 1000; ++round) {
       Bytes damaged = file;
       for (int n = random.between(1, 6); n > 0; --n) {
         damaged[random.between<size_t>(2, file.size() - 1)] = random.any<uint8_t>();
@@ -92,17 +164,17 @@ TEST(JpegDamage, AnyBytesMayBeWrong) {
         damaged.erase(damaged.begin() + static_cast<long>(at),
                       damaged.begin() + static_cast<long>(random.between(at, file.size())));
       }
-      messageFor(damaged, 1 << random.between(0, 3));
+      decodeSomehow(damaged, random);
     }
   }
 }
 
 TEST(JpegDamage, EachFaultIsNamed) {
   const Bytes file = smallFile();
-  const size_t sof = find(file, 0xC0);
-  const size_t dqt = find(file, 0xDB);
-  const size_t dht = find(file, 0xC4);
-  const size_t sos = find(file, 0xDA);
+  const size_t sof = findMarker(file, 0xC0);
+  const size_t dqt = findMarker(file, 0xDB);
+  const size_t dht = findMarker(file, 0xC4);
+  const size_t sos = findMarker(file, 0xDA);
 
   EXPECT_SAYS(Bytes{}, "empty");
   EXPECT_SAYS(Bytes({'B', 'M', 0}), "not a JPEG file");
@@ -151,7 +223,7 @@ TEST(JpegDamage, EachFaultIsNamed) {
   EXPECT_SAYS(withByte(file, sos + 7, file[sos + 5]), "names a component twice");
   EXPECT_SAYS(withByte(file, sos + 6, 0x40), "names a table above 3");
   EXPECT_SAYS(withByte(file, sos + 6, 0x02), "AC Huffman table 2, which is missing");
-  EXPECT_SAYS(withByte(file, find(file, 0xD1) + 1, 0xD2), "restart marker 1");
+  EXPECT_SAYS(withByte(file, findMarker(file, 0xD1) + 1, 0xD2), "restart marker 1");
 
   // 12 blocks in an MCU.
   Bytes many = file;
@@ -170,7 +242,7 @@ TEST(JpegDamage, EachFaultIsNamed) {
 TEST(JpegDamage, ScansThatLackOrRepeatAComponent) {
   const Bytes grey = orbtest::cjpeg(draw(Motif::kScene, 16, 16, 1), {});
   // The same scan under a frame of three components, of which it is the first.
-  const size_t sof = find(grey, 0xC0);
+  const size_t sof = findMarker(grey, 0xC0);
   Bytes file(grey.begin(), grey.begin() + static_cast<long>(sof));
   for (const int byte :
        {0xFF, 0xC0, 0, 17, 8, 0, 16, 0, 16, 3, 1, 0x11, 0, 2, 0x11, 0, 3, 0x11, 0}) {
@@ -179,7 +251,7 @@ TEST(JpegDamage, ScansThatLackOrRepeatAComponent) {
   file.insert(file.end(), grey.begin() + static_cast<long>(sof) + 13, grey.end());
   EXPECT_SAYS(file, "before every component has had its scan");
 
-  const Bytes scan(grey.begin() + static_cast<long>(find(grey, 0xDA)), grey.end() - 2);
+  const Bytes scan(grey.begin() + static_cast<long>(findMarker(grey, 0xDA)), grey.end() - 2);
   Bytes twice = file;
   twice.insert(twice.end() - 2, scan.begin(), scan.end());
   EXPECT_SAYS(twice, "a second scan of component 0");

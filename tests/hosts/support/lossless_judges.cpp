@@ -64,8 +64,8 @@ Bytes pixelsOf(const Directory& directory, const std::string& file, int item) {
 Bytes ffmpegDecode(const Bytes& file, const std::string& pixelFormat) {
   const Directory directory;
   writeFile(directory / "in", file);
-  ffmpeg(
-      {"-i", directory / "in", "-f", "rawvideo", "-pix_fmt", pixelFormat, directory / "out"});
+  ffmpeg({"-i", directory / "in", "-fps_mode", "passthrough", "-f", "rawvideo", "-pix_fmt",
+          pixelFormat, directory / "out"});
   return readFile(directory / "out");
 }
 

@@ -10,7 +10,8 @@
 
 namespace orbtest {
 
-// What FFmpeg makes of a file, as raw samples in one of its pixel formats.
+// What FFmpeg makes of a picture's file, or of several JPEG files behind one another, as raw
+// samples in one of its pixel formats.
 orbhost::Bytes ffmpegDecode(const orbhost::Bytes& file, const std::string& pixelFormat);
 
 // FFmpeg's lossless file of a picture, in a pixel format and by one of its methods: left, plane,
