@@ -1,5 +1,6 @@
 #!/bin/sh
-# Compiles the README's example as C against a built library, and runs it.
+# Compiles the README's example as C against a built library, and runs it; and runs the README's lines
+# of the program orb where that is built.
 #
 #   scripts/check_readme.sh BUILD_DIR COMPILER...
 set -eu
@@ -18,3 +19,26 @@ sed -n '/^```c$/,/^```$/p' README.md | sed '/^```/d' >"$work/example.c"
 "$work/example" | tee "$work/said"
 # The mean of 0, 4, ... 252 is 126: 2 below the middle, times 8, divided by 16.
 grep -q '^DC -1, by orbJP ' "$work/said"
+
+# A line of the README's "orb jpeg" section comes with the files that those before it have made.
+orb=$build/orb
+[ -x "$orb" ] || exit 0
+grep '^    orb jpeg ' README.md >"$work/lines"
+scripts/draw_scene.awk >"$work/scene.ppm"
+cd "$work"
+"$orb" jpeg encode --lossless 1 scene.ppm scene.jpg
+"$orb" jpeg encode --lossless 1 --precision 16 scene.ppm deep.jpg
+png=png
+"$orb" jpeg decode scene.jpg photo.png 2>/dev/null || png=ppm # an orb that is built without PNG
+"$orb" jpeg decode scene.jpg photo.$png
+"$orb" jpeg decode deep.jpg deep.$png
+printf 'P7 WIDTH 2 HEIGHT 1 DEPTH 4 MAXVAL 255 TUPLTYPE CMYK ENDHDR\nabcdefgh' >inks.pam
+sed -e 's/^ *orb //' -e "s/\.png/.$png/g" lines >commands
+while read -r arguments; do
+  "$orb" $arguments || {
+    echo "fails: orb $arguments" >&2
+    exit 1
+  }
+done <commands
+cmp deep.$png again.$png
+echo "$(wc -l <commands) commands of orb"

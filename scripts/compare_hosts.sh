@@ -28,6 +28,12 @@ same() {
   fi
 }
 
+# The same scene in 16 bits, and its bytes as those of four inks.
+"$reference" jpeg encode --lossless 1 --precision 16 "$work/scene.ppm" "$work/deep.jpg"
+"$reference" jpeg decode "$work/deep.jpg" "$work/deep.ppm"
+printf 'P7\nWIDTH 1536\nHEIGHT 512\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK\nENDHDR\n' >"$work/inks.pam"
+tail -c $((1536 * 512 * 4)) "$work/deep.ppm" >>"$work/inks.pam"
+
 for sampling in 444 422 420 grey; do
   for quality in 1 50 100; do
     same $sampling-$quality.jpg encode --sampling $sampling --quality $quality --restart 1row \
@@ -35,8 +41,26 @@ for sampling in 444 422 420 grey; do
     for scale in 1 1/2 1/4 1/8; do
       same out.pnm decode --scale $scale $sampling-$quality.jpg out.pnm
     done
+    for pixels in bgr555 bgr565; do
+      same out.bmp decode --pixels $pixels $sampling-$quality.jpg out.bmp
+    done
+    same progressive.jpg encode --sampling $sampling --quality $quality --progressive \
+      --restart 2rows ../scene.ppm progressive.jpg
+    same out.pnm decode progressive.jpg out.pnm
+    same out.pnm decode --scans-to 4 progressive.jpg out.pnm
   done
   same optimized.jpg encode --sampling $sampling --optimize ../scene.ppm optimized.jpg
+done
+for predictor in 1 2 3 4 5 6 7; do
+  for picture in scene deep; do
+    same lossless.jpg encode --lossless $predictor --restart 1row ../$picture.ppm lossless.jpg
+    same out.pnm decode lossless.jpg out.pnm
+  done
+done
+for colour in cmyk ycck; do
+  same inks.jpg encode --colour $colour ../inks.pam inks.jpg
+  same out.pam decode inks.jpg out.pam
+  same out.ppm decode inks.jpg out.ppm
 done
 [ $status -ne 0 ] || echo "$same files of $2 are those of $1"
 exit $status
