@@ -14,8 +14,8 @@ set(ORB_FRAME_SOURCES
 set(ORB_ENTRY_SOURCES
     jpeg/color.cpp
     jpeg/dct.cpp
-    jpeg/huffman_progressive.cpp
     jpeg/huffman_lossless.cpp
+    jpeg/huffman_progressive.cpp
     jpeg/huffman_sequential.cpp
     jpeg/huffman_tables.cpp
     jpeg/lossless.cpp
