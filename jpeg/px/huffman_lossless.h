@@ -2,34 +2,60 @@
 #ifndef ORB_JPEG_PX_HUFFMAN_LOSSLESS_H
 #define ORB_JPEG_PX_HUFFMAN_LOSSLESS_H
 
-#include "jpeg/px/huffman_bits.h"
+#include "jpeg/px/huffman_output.h"
 
 namespace orb::ORB_BUILD::plain {
 
-// The additional bits of a category: none for 0, and none for 16, which holds -32768 alone.
-inline Orb32s additionalBits(Orb32s category) {
-  return category & 15;
+// Category 16 holds -32768 alone, and has no additional bits. A difference has nothing written if
+// its category has no code.
+template <class Output>
+[[gnu::always_inline]] inline OrbStatus putDifference(Output& output, Orb32s difference,
+                                                      const OrbiEncodeHuffmanSpec& table) {
+  const Magnitude value = magnitudeOf(difference);
+  const Orb32s n = value.category & 15;
+  return output.put(codeOf(table, value.category), {n, lowBits(value.bits, n)});
 }
 
-// A difference has nothing written if its category has no code.
 inline OrbStatus orbEncodeDifference(BitWriter& writer, Orb32s difference,
                                      const OrbiEncodeHuffmanSpec& table) {
-  const Magnitude value = magnitudeOf(difference);
-  const HuffmanCode code = codeOf(table, value.category);
-  const OrbStatus status = orbJpegPutBits(writer, code.bits, code.length);
-  const Orb32s n = additionalBits(value.category);
-  return status != orbStsNoErr || n == 0 ? status : orbJpegPutBits(writer, value.bits, n);
+  BoundedOutput output = {writer};
+  return putDifference(output, difference, table);
 }
 
-inline OrbStatus orbEncodeRows(BitWriter& writer, const Orb16s* const* rows, Orb32s length,
-                               Orb32s count, const OrbiEncodeHuffmanSpec* const* tables) {
-  for (ptrdiff_t i = 0; i < length; ++i) {
+// Rows of a scan from one column to another, interleaved sample by sample.
+template <class Output>
+[[gnu::always_inline]] inline OrbStatus putColumns(Output& output, const Orb16s* const* rows,
+                                                   ptrdiff_t from, ptrdiff_t to, Orb32s count,
+                                                   const OrbiEncodeHuffmanSpec* const* tables) {
+  for (ptrdiff_t i = from; i < to; ++i) {
     for (Orb32s c = 0; c < count; ++c) {
-      const OrbStatus status = orbEncodeDifference(writer, load(rows[c] + i), *tables[c]);
+      const OrbStatus status = putDifference(output, load(rows[c] + i), *tables[c]);
       if (status != orbStsNoErr) return status;
     }
   }
   return orbStsNoErr;
+}
+
+// As many differences as are gathered at once, and what they take at most: 16 bits of code and 15
+// of value each.
+constexpr Orb32s kBatch = 64;
+constexpr Orb32s kMostBytesOfBatch = kBatch * 4;
+
+// Where there is room for any batch, nothing is tested on the way.
+inline OrbStatus orbEncodeRows(BitWriter& writer, const Orb16s* const* rows, Orb32s length,
+                               Orb32s count, const OrbiEncodeHuffmanSpec* const* tables) {
+  const Orb32s columns = kBatch / count;
+  ptrdiff_t from = 0;
+  for (; from < length && hasRoomFor(writer, kMostBytesOfBatch); from += columns) {
+    const ptrdiff_t to = length - from < columns ? length : from + columns;
+    Orb8u bytes[kMostBytesOfBatch + kBytesBehindBits];
+    StrictOutput output = {gatherBits(writer, bytes)};
+    const OrbStatus status = putColumns(output, rows, from, to, count, tables);
+    putGathered(writer, output.bits, bytes);
+    if (status != orbStsNoErr) return status;
+  }
+  BoundedOutput output = {writer};
+  return putColumns(output, rows, from, length, count, tables);
 }
 
 // Stores nothing unless the status is orbStsNoErr. Symbols above 16 count as 16.

@@ -1,6 +1,5 @@
-// Where the sequential and the progressive encoders put their bits: into the destination with a
-// test of every byte, or, where there is room for whatever a call may put, into a buffer that is
-// stuffed in the end.
+// Where encoders put their bits: into the destination with a test of every byte, or, where there is
+// room for whatever they may put, into a buffer that is stuffed in the end.
 #ifndef ORB_JPEG_PX_HUFFMAN_OUTPUT_H
 #define ORB_JPEG_PX_HUFFMAN_OUTPUT_H
 

@@ -349,6 +349,11 @@ void expectMissingCodesFail(const EncodeForm& form) {
       }
     }
   }
+  for (size_t bad = 0; bad < 150; bad += 3) {
+    Rows rows(3, Row(150, 2));
+    rows[bad % 2][bad] = -4;
+    expectEncodes(form, rows, {&some, &some, &some}, 2000);
+  }
 }
 
 void expectEveryLengthOfDestination(const EncodeForm& form) {
