@@ -12,6 +12,16 @@
 
 namespace orbhost {
 
+// Throws an Error if rows of so many bytes, and so many of them, are no picture or too large a one.
+// A row's bytes fit an int, since that is what the library takes as a step.
+inline void checkCanBeHeld(int width, int height, int64_t rowBytes) {
+  if (width < 1 || height < 1 || rowBytes > std::numeric_limits<int32_t>::max() ||
+      rowBytes > static_cast<int64_t>(std::numeric_limits<ptrdiff_t>::max() / height)) {
+    throw Error("a picture of " + std::to_string(width) + " x " + std::to_string(height) +
+                " pixels cannot be held");
+  }
+}
+
 // Interleaved samples, row after row without gaps: one channel is grey, three are RGB, four are
 // CMYK, amounts of ink. Samples go from 0 to the picture's maximum, and are bytes if that is at
 // most 255, else words of 16 bits.
@@ -19,16 +29,10 @@ class Image {
  public:
   Image() = default;
 
-  // The pixels hold anything until they are written. A row's bytes fit an int, since that is what
-  // the library takes as a step.
+  // The pixels hold anything until they are written.
   Image(int width, int height, int channels, int maximum = 255)
       : width_(width), height_(height), channels_(channels), maximum_(maximum) {
-    const int64_t bytes = int64_t{width} * channels * (isWide() ? 2 : 1);
-    if (width < 1 || height < 1 || bytes > std::numeric_limits<int32_t>::max() ||
-        bytes > static_cast<int64_t>(std::numeric_limits<ptrdiff_t>::max() / height)) {
-      throw Error("a picture of " + std::to_string(width) + " x " + std::to_string(height) +
-                  " pixels cannot be held");
-    }
+    checkCanBeHeld(width, height, int64_t{width} * channels * (isWide() ? 2 : 1));
     pixels_.reset(new uint16_t[size() / 2 + size() % 2]);
   }
 

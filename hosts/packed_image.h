@@ -18,11 +18,10 @@ class PackedImage {
   // Rows have room for `roomWide` pixels, and there is room for `roomHigh` rows: a coder may write
   // beyond the picture's edges up to there.
   PackedImage(PackedFormat format, int width, int height, int roomWide, int roomHigh)
-      : format_(format),
-        width_(width),
-        height_(height),
-        roomWide_(roomWide),
-        pixels_(static_cast<size_t>(roomWide) * roomHigh) {}
+      : format_(format), width_(width), height_(height), roomWide_(roomWide) {
+    checkCanBeHeld(width, roomHigh, int64_t{roomWide} * 2);
+    pixels_.resize(static_cast<size_t>(roomWide) * roomHigh);
+  }
 
   PackedFormat format() const { return format_; }
   int width() const { return width_; }

@@ -172,6 +172,10 @@ Image parsePnm(ByteView file) {
   }
 
   Image image(header.width, header.height, header.channels, header.maximum);
+  if (!header.ascii && header.maximum == 255 && header.depth == header.channels) {
+    std::memcpy(image.row(0), samples.data, image.size());
+    return image;
+  }
   size_t next = 0;  // sample of the file
   for (int y = 0; y < header.height; ++y) {
     image.withRow(y, [&](auto* to) {

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "hosts/error.h"
 #include "hosts/jpeg/block_decode.h"
 #include "hosts/jpeg/colour.h"
 #include "hosts/jpeg/layout.h"
@@ -119,6 +120,12 @@ class LosslessDecoder {
                static_cast<int>(layout.components.size()), (1 << markers.frame().precision) - 1) {}
 
   Image run(int scansTo) {
+    const ColourSpace colourSpace = colourSpaceOf(markers_);
+    const bool convertsChroma =
+        colourSpace == ColourSpace::kYCbCr || colourSpace == ColourSpace::kYcck;
+    if (convertsChroma && image_.maximum() != 255) {
+      throw Error("lossless YCbCr of other than 8 bits is not supported");
+    }
     Progression progression(static_cast<int>(layout_.components.size()), false);
     int scans = 0;
     do {
@@ -131,7 +138,8 @@ class LosslessDecoder {
     if (scans != scansTo && !progression.isShowable()) {
       throw Error("the file ends before every component has had its scan");
     }
-    convertColours();
+    if (convertsChroma) convertChroma(colourSpace);
+    if (image_.channels() == 4 && storesLight(markers_)) turnLightToInk();
     return std::move(image_);
   }
 
@@ -160,33 +168,24 @@ class LosslessDecoder {
 
   // A row of a component's samples. Where others have more of them, each is repeated.
   void putRow(const LosslessReader& reader, int c, int row, const Orb16s* from) {
-    const int across = layout_.hMax / layout_.components[c].h;
+    const int shift = layout_.components[c].h < layout_.hMax ? 1 : 0;  // factors are 1 and 2
     const int down = layout_.vMax / layout_.components[c].v;
     const int channels = image_.channels();
     for (int y = row * down; y < std::min((row + 1) * down, image_.height()); ++y) {
       image_.withRow(y, [&](auto* to) {
         using Sample = std::remove_reference_t<decltype(*to)>;
         for (int x = 0; x < image_.width(); ++x) {
-          to[x * channels + c] = static_cast<Sample>(reader.sampleOf(from[x / across]));
+          to[x * channels + c] = static_cast<Sample>(reader.sampleOf(from[x >> shift]));
         }
       });
     }
   }
 
-  void convertColours() {
-    const ColourSpace colourSpace = colourSpaceOf(markers_);
-    if (colourSpace == ColourSpace::kYCbCr || colourSpace == ColourSpace::kYcck) {
-      if (image_.maximum() != 255) {
-        throw Error("lossless YCbCr of other than 8 bits is not supported");
-      }
-      convertChroma(colourSpace);
-    }
-    if (image_.channels() == 4 && storesLight(markers_)) {
-      for (int y = 0; y < image_.height(); ++y) {
-        image_.withRow(y, [&](auto* row) {
-          for (size_t i = 0; i < image_.rowSamples(); ++i) row[i] ^= image_.maximum();
-        });
-      }
+  void turnLightToInk() {
+    for (int y = 0; y < image_.height(); ++y) {
+      image_.withRow(y, [&](auto* row) {
+        for (size_t i = 0; i < image_.rowSamples(); ++i) row[i] ^= image_.maximum();
+      });
     }
   }
 
