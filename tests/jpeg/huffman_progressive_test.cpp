@@ -85,6 +85,54 @@ std::vector<Block> anyBlocks(Random& random, int count) {
   return blocks;
 }
 
+// One check, check(build, pass), as a test of the exports of several passes.
+#define MEANING_OF_AC_ENCODERS(caseName, check)                        \
+  ORB_MEANING(orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, caseName) {  \
+    check(build, Pass::kACFirst);                                      \
+  }                                                                    \
+  ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, caseName) { \
+    check(build, Pass::kACRefine);                                     \
+  }
+#define MEANING_OF_ENCODERS(caseName, check)                           \
+  ORB_MEANING(orbiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1, caseName) {  \
+    check(build, Pass::kDCFirst);                                      \
+  }                                                                    \
+  ORB_MEANING(orbiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1, caseName) { \
+    check(build, Pass::kDCRefine);                                     \
+  }                                                                    \
+  MEANING_OF_AC_ENCODERS(caseName, check)
+#define MEANING_OF_AC_DECODERS(caseName, check)                        \
+  ORB_MEANING(orbiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, caseName) {  \
+    check(build, Pass::kACFirst);                                      \
+  }                                                                    \
+  ORB_MEANING(orbiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1, caseName) { \
+    check(build, Pass::kACRefine);                                     \
+  }
+#define MEANING_OF_DECODERS(caseName, check)                           \
+  ORB_MEANING(orbiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1, caseName) {  \
+    check(build, Pass::kDCFirst);                                      \
+  }                                                                    \
+  ORB_MEANING(orbiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1, caseName) { \
+    check(build, Pass::kDCRefine);                                     \
+  }                                                                    \
+  MEANING_OF_AC_DECODERS(caseName, check)
+#define MEANING_OF_AC_COUNTERS(caseName, check)                             \
+  ORB_MEANING(orbiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1, caseName) {  \
+    check(build, Pass::kACFirst);                                           \
+  }                                                                         \
+  ORB_MEANING(orbiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1, caseName) { \
+    check(build, Pass::kACRefine);                                          \
+  }
+#define MEANING_OF_COUNTERS(caseName, check)                               \
+  ORB_MEANING(orbiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1, caseName) { \
+    check(build, Pass::kDCFirst);                                          \
+  }                                                                        \
+  MEANING_OF_AC_COUNTERS(caseName, check)
+
+// Capacities of destinations in which every byte is tested for room, and in which there is room for
+// whatever a call may write.
+constexpr int kTight = 300, kRoomy = 2000;
+
 // ---- Encoders
 
 struct EncodeArgs {
@@ -330,18 +378,7 @@ void expectEncoderChecks(const TestBuild& build, Pass pass) {
   EXPECT_EQ(encode(build, pass, e.args({pass, 1, 1, 13}, fullTable())), orbStsNoErr);
 }
 
-ORB_MEANING(orbiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1, ChecksInOrder) {
-  expectEncoderChecks(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1, ChecksInOrder) {
-  expectEncoderChecks(build, Pass::kDCRefine);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, ChecksInOrder) {
-  expectEncoderChecks(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, ChecksInOrder) {
-  expectEncoderChecks(build, Pass::kACRefine);
-}
+MEANING_OF_ENCODERS(ChecksInOrder, expectEncoderChecks)
 
 // A scan of some blocks, and its bits, with spaces between symbols and values, in front of the ones
 // that fill up the last byte.
@@ -353,14 +390,16 @@ struct KnownScan {
 void expectKnownBits(const TestBuild& build, const std::vector<KnownScan>& scans,
                      const Table& table) {
   for (const KnownScan& known : scans) {
-    Encoder encoder(100);
-    for (const Block& block : known.blocks) {
-      ASSERT_EQ(encoder.encode(build, known.scan, block, table), orbStsNoErr);
-    }
-    ASSERT_EQ(encoder.flush(build, known.scan, table), orbStsNoErr);
     std::string bits = bitsIn(known.bits);
     while (bits.size() % 8 != 0) bits += '1';
-    EXPECT_EQ(encoder.bits(), bits) << known.bits;
+    for (const int capacity : {kTight, kRoomy}) {
+      Encoder encoder(capacity);
+      for (const Block& block : known.blocks) {
+        ASSERT_EQ(encoder.encode(build, known.scan, block, table), orbStsNoErr);
+      }
+      ASSERT_EQ(encoder.flush(build, known.scan, table), orbStsNoErr);
+      EXPECT_EQ(encoder.bits(), bits) << known.bits;
+    }
   }
 }
 
@@ -464,23 +503,12 @@ void expectAnyScans(const TestBuild& build, Pass pass) {
   Random random("any scans");
   for (int round = 0; round < 150; ++round) {
     const ProgressiveScan scan = anyScan(pass, random);
-    const int capacity = random.oneIn(3) ? random.between(1, 200) : 6 * 600;
+    const int capacity = random.oneIn(3) ? random.between(1, kTight) : random.between(700, 3600);
     expectEncodesAs(build, scan, anyBlocks(random, 6), fullTable(), capacity);
     if (testing::Test::HasFailure()) return;
   }
 }
-ORB_MEANING(orbiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1, AnyScans) {
-  expectAnyScans(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1, AnyScans) {
-  expectAnyScans(build, Pass::kDCRefine);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, AnyScans) {
-  expectAnyScans(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, AnyScans) {
-  expectAnyScans(build, Pass::kACRefine);
-}
+MEANING_OF_ENCODERS(AnyScans, expectAnyScans)
 
 // Blocks of values at and beside the ends of 16 bits.
 void expectExtremeScans(const TestBuild& build, Pass pass) {
@@ -496,18 +524,7 @@ void expectExtremeScans(const TestBuild& build, Pass pass) {
     if (testing::Test::HasFailure()) return;
   }
 }
-ORB_MEANING(orbiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1, ExtremeValues) {
-  expectExtremeScans(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1, ExtremeValues) {
-  expectExtremeScans(build, Pass::kDCRefine);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, ExtremeValues) {
-  expectExtremeScans(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, ExtremeValues) {
-  expectExtremeScans(build, Pass::kACRefine);
-}
+MEANING_OF_ENCODERS(ExtremeValues, expectExtremeScans)
 
 // Every length up to what the scan takes: each put may be the one that fails.
 void expectEveryLength(const TestBuild& build, Pass pass) {
@@ -524,18 +541,7 @@ void expectEveryLength(const TestBuild& build, Pass pass) {
     }
   }
 }
-ORB_MEANING(orbiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1, EveryLengthOfDestination) {
-  expectEveryLength(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1, EveryLengthOfDestination) {
-  expectEveryLength(build, Pass::kDCRefine);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, EveryLengthOfDestination) {
-  expectEveryLength(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, EveryLengthOfDestination) {
-  expectEveryLength(build, Pass::kACRefine);
-}
+MEANING_OF_ENCODERS(EveryLengthOfDestination, expectEveryLength)
 
 // Tables in which each of the scan's symbols in turn has no code.
 void expectMissingCodes(const TestBuild& build, Pass pass) {
@@ -572,18 +578,7 @@ void expectPositionsOutside(const TestBuild& build, Pass pass) {
     EXPECT_EQ(encoder.position.at(0), position);
   }
 }
-ORB_MEANING(orbiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1, PositionsOutsideAreTheEnd) {
-  expectPositionsOutside(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1, PositionsOutsideAreTheEnd) {
-  expectPositionsOutside(build, Pass::kDCRefine);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, PositionsOutsideAreTheEnd) {
-  expectPositionsOutside(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, PositionsOutsideAreTheEnd) {
-  expectPositionsOutside(build, Pass::kACRefine);
-}
+MEANING_OF_ENCODERS(PositionsOutsideAreTheEnd, expectPositionsOutside)
 
 ORB_MEANING(orbiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1, DifferencesOfUpTo11Bits) {
   const ProgressiveScan scan = {Pass::kDCFirst, 0, 0, 0};
@@ -617,17 +612,19 @@ ORB_MEANING(orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, MagnitudesOfUpTo11Bits) 
       {-32768, 4, orbStsJpegBitStreamErr},
       {-32768, 5, orbStsNoErr},
   };
-  for (const Case& c : cases) {
-    // What stands in front of it is written: a run of two blocks, and 16 zeros.
-    Encoder encoder(100);
-    encoder.setPending(2);
-    EXPECT_EQ(
-        encoder.encode(build, {Pass::kACFirst, 1, 63, c.al}, blockOf({{17, c.value}}), fullTable()),
-        c.status);
-    EXPECT_EQ(encoder.record()->eobRun, c.status == orbStsNoErr ? 1 : 0);
-    const std::string before = fullTable().codes.at(0x10) + "0" + fullTable().codes.at(0xF0);
-    EXPECT_EQ(encoder.bits().substr(0, before.size()), before);
-    EXPECT_EQ(encoder.bits() == before, c.status != orbStsNoErr);
+  for (const int capacity : {kTight, kRoomy}) {
+    for (const Case& c : cases) {
+      // What stands in front of it is written: a run of two blocks, and 16 zeros.
+      Encoder encoder(capacity);
+      encoder.setPending(2);
+      EXPECT_EQ(encoder.encode(build, {Pass::kACFirst, 1, 63, c.al}, blockOf({{17, c.value}}),
+                               fullTable()),
+                c.status);
+      EXPECT_EQ(encoder.record()->eobRun, c.status == orbStsNoErr ? 1 : 0);
+      const std::string before = fullTable().codes.at(0x10) + "0" + fullTable().codes.at(0xF0);
+      EXPECT_EQ(encoder.bits().substr(0, before.size()), before);
+      EXPECT_EQ(encoder.bits() == before, c.status != orbStsNoErr);
+    }
   }
 }
 
@@ -643,63 +640,58 @@ std::string runBits(int run, const Table& table) {
 void expectEveryRunLength(const TestBuild& build, Pass pass) {
   const ProgressiveScan scan = {pass, 1, 63, 0};
   const auto& codes = fullTable().codes;
-  for (int n = 0; n <= 14; ++n) {
-    for (const int run : {1 << n, (1 << n) + 1, (2 << n) - 1}) {
-      if (run >> n != 1) continue;
-      Encoder encoder(100);
+  for (const int capacity : {kTight, kRoomy}) {
+    for (int n = 0; n <= 14; ++n) {
+      for (const int run : {1 << n, (1 << n) + 1, (2 << n) - 1}) {
+        if (run >> n != 1) continue;
+        Encoder encoder(capacity);
+        encoder.setPending(run);
+        EXPECT_EQ(encoder.encode(build, scan, blockOf({{1, 1}, {63, 1}}), fullTable()),
+                  orbStsNoErr);
+        const std::string bits = runBits(run, fullTable()) + codes.at(0x01) + "1";
+        EXPECT_EQ(encoder.bits().substr(0, bits.size()), bits) << run;
+        EXPECT_EQ(encoder.record()->eobRun, 0);
+      }
+    }
+    // A flush writes them the same way.
+    for (const int run : {1, 2, 300, 20000, 32767}) {
+      Encoder encoder(capacity);
       encoder.setPending(run);
-      EXPECT_EQ(encoder.encode(build, scan, blockOf({{1, 1}, {63, 1}}), fullTable()), orbStsNoErr);
-      const std::string bits = runBits(run, fullTable()) + codes.at(0x01) + "1";
-      EXPECT_EQ(encoder.bits().substr(0, bits.size()), bits) << run;
-      EXPECT_EQ(encoder.record()->eobRun, 0);
+      EXPECT_EQ(encoder.flush(build, scan, fullTable()), orbStsNoErr);
+      const std::string bits = runBits(run, fullTable());
+      EXPECT_EQ(encoder.bits().substr(0, bits.size()), bits);
+      EXPECT_LT(encoder.bits().size(), bits.size() + 8);
+      encoder.expectNothingPending();
     }
   }
-  // A flush writes them the same way.
-  for (const int run : {1, 2, 300, 20000, 32767}) {
-    Encoder encoder(100);
-    encoder.setPending(run);
-    EXPECT_EQ(encoder.flush(build, scan, fullTable()), orbStsNoErr);
-    const std::string bits = runBits(run, fullTable());
-    EXPECT_EQ(encoder.bits().substr(0, bits.size()), bits);
-    EXPECT_LT(encoder.bits().size(), bits.size() + 8);
-    encoder.expectNothingPending();
-  }
 }
-ORB_MEANING(orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, EveryRunLength) {
-  expectEveryRunLength(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, EveryRunLength) {
-  expectEveryRunLength(build, Pass::kACRefine);
-}
+MEANING_OF_AC_ENCODERS(EveryRunLength, expectEveryRunLength)
 
 // Blocks below the shift write nothing, until there are 32767 of them.
 void expectLongestRun(const TestBuild& build, Pass pass) {
   const ProgressiveScan scan = {pass, 1, 63, 4};
   const Block small = blockOf({{1, 15}, {30, -15}, {63, 1}});
-  Encoder encoder(100);
-  for (int i = 0; i < 64; ++i) encoder.block.set(i, 0, small[static_cast<size_t>(i)]);
-  for (int i = 1; i < 32767; ++i) {
-    ASSERT_EQ(encode(build, pass, encoder.args(scan, fullTable())), orbStsNoErr);
-    ASSERT_EQ(encoder.record()->eobRun, i);
+  for (const int capacity : {kTight, kRoomy}) {
+    Encoder encoder(capacity);
+    for (int i = 0; i < 64; ++i) encoder.block.set(i, 0, small[static_cast<size_t>(i)]);
+    for (int i = 1; i < 32767; ++i) {
+      ASSERT_EQ(encode(build, pass, encoder.args(scan, fullTable())), orbStsNoErr);
+      ASSERT_EQ(encoder.record()->eobRun, i);
+    }
+    EXPECT_EQ(encoder.bits(), "");
+    EXPECT_EQ(encoder.encode(build, scan, small, fullTable()), orbStsNoErr);
+    EXPECT_EQ(encoder.bits(), fullTable().codes.at(0xE0) + std::string(14, '1'));
+    EXPECT_EQ(encoder.record()->eobRun, 0);
+    // Without a code for it, the run stays, and is one too long with the next block.
+    Encoder none(capacity);
+    none.setPending(32766);
+    EXPECT_EQ(none.encode(build, scan, small, shortTable()), orbStsJpegHuffTableErr);
+    EXPECT_EQ(none.record()->eobRun, 32767);
+    EXPECT_EQ(none.encode(build, scan, small, shortTable()), orbStsNoErr);
+    EXPECT_EQ(none.record()->eobRun, 32768);
   }
-  EXPECT_EQ(encoder.bits(), "");
-  EXPECT_EQ(encoder.encode(build, scan, small, fullTable()), orbStsNoErr);
-  EXPECT_EQ(encoder.bits(), fullTable().codes.at(0xE0) + std::string(14, '1'));
-  EXPECT_EQ(encoder.record()->eobRun, 0);
-  // Without a code for it, the run stays, and is one too long with the next block.
-  Encoder none(100);
-  none.setPending(32766);
-  EXPECT_EQ(none.encode(build, scan, small, shortTable()), orbStsJpegHuffTableErr);
-  EXPECT_EQ(none.record()->eobRun, 32767);
-  EXPECT_EQ(none.encode(build, scan, small, shortTable()), orbStsNoErr);
-  EXPECT_EQ(none.record()->eobRun, 32768);
 }
-ORB_MEANING(orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, ALongestRunGoesOutAtOnce) {
-  expectLongestRun(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, ALongestRunGoesOutAtOnce) {
-  expectLongestRun(build, Pass::kACRefine);
-}
+MEANING_OF_AC_ENCODERS(ALongestRunGoesOutAtOnce, expectLongestRun)
 
 // Runs above 32767, which only failing calls leave: first the category of 14 bits with the low bits
 // of the whole, then the rest. A rest of 1 has no bits behind its symbol, and to write no bits is
@@ -728,66 +720,65 @@ std::string bitsOf(const OverlongRun& run) {
 }
 void expectOverlongRuns(const TestBuild& build, Pass pass) {
   const ProgressiveScan scan = {pass, 1, 1, 0};
-  for (const OverlongRun& run : kOverlongRuns) {
-    Encoder encoder(100);
-    encoder.setPending(run.run);
-    EXPECT_EQ(encoder.encode(build, scan, blockOf({{1, 1}}), fullTable()), run.status);
-    std::string bits = bitsOf(run);
-    if (run.status == orbStsNoErr) bits += fullTable().codes.at(0x01) + "1";
-    EXPECT_EQ(encoder.bits(), bits);
-    EXPECT_EQ(encoder.record()->eobRun, run.left);
+  for (const int capacity : {kTight, kRoomy}) {
+    for (const OverlongRun& run : kOverlongRuns) {
+      Encoder encoder(capacity);
+      encoder.setPending(run.run);
+      EXPECT_EQ(encoder.encode(build, scan, blockOf({{1, 1}}), fullTable()), run.status);
+      std::string bits = bitsOf(run);
+      if (run.status == orbStsNoErr) bits += fullTable().codes.at(0x01) + "1";
+      EXPECT_EQ(encoder.bits(), bits);
+      EXPECT_EQ(encoder.record()->eobRun, run.left);
 
-    Encoder flushed(100);
-    flushed.setPending(run.run, "10");
-    EXPECT_EQ(flushed.flush(build, scan, fullTable()),
-              pass == Pass::kACRefine ? run.status : orbStsNoErr);
-    bits = bitsOf(run);
-    // Correction bits do not follow a run that failed.
-    if (run.status == orbStsNoErr) bits += "10";
-    while (bits.size() % 8 != 0) bits += '1';
-    EXPECT_EQ(flushed.bits(), bits);
-    flushed.expectNothingPending();
+      Encoder flushed(capacity);
+      flushed.setPending(run.run, "10");
+      EXPECT_EQ(flushed.flush(build, scan, fullTable()),
+                pass == Pass::kACRefine ? run.status : orbStsNoErr);
+      bits = bitsOf(run);
+      // Correction bits do not follow a run that failed.
+      if (run.status == orbStsNoErr) bits += "10";
+      while (bits.size() % 8 != 0) bits += '1';
+      EXPECT_EQ(flushed.bits(), bits);
+      flushed.expectNothingPending();
+    }
   }
 }
-ORB_MEANING(orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, OverlongRuns) {
-  expectOverlongRuns(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, OverlongRuns) {
-  expectOverlongRuns(build, Pass::kACRefine);
-}
+MEANING_OF_AC_ENCODERS(OverlongRuns, expectOverlongRuns)
 
 // ---- Correction bits
 
 ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, HoldsUpTo937CorrectionBits) {
   const ProgressiveScan scan = {Pass::kACRefine, 1, 3, 0};
   const std::string held = "1" + std::string(934, '0');
-  // 935 and two more.
-  Encoder encoder(300);
-  encoder.setPending(7, held);
-  EXPECT_EQ(encoder.encode(build, scan, blockOf({{1, 3}, {3, 2}}), fullTable()), orbStsNoErr);
-  EXPECT_EQ(encoder.bits(), "");
-  EXPECT_EQ(encoder.record()->correctionCount, 937);
-  EXPECT_EQ(encoder.record()->eobRun, 8);
-  // One more is too many.
-  EXPECT_EQ(encoder.encode(build, scan, blockOf({{2, -3}}), fullTable()), orbStsNoErr);
-  EXPECT_EQ(encoder.bits(), runBits(9, fullTable()) + held + "10" + "1");
-  EXPECT_EQ(encoder.record()->correctionCount, 0);
-  EXPECT_EQ(encoder.record()->eobRun, 0);
-  // Whole blocks: the 15th brings 63 * 15 = 945.
-  const Block block(64, 2);
-  Encoder whole(300);
-  for (int i = 1; i < 15; ++i) {
+  for (const int capacity : {kTight, kRoomy}) {
+    // 935 and two more.
+    Encoder encoder(capacity);
+    encoder.setPending(7, held);
+    EXPECT_EQ(encoder.encode(build, scan, blockOf({{1, 3}, {3, 2}}), fullTable()), orbStsNoErr);
+    EXPECT_EQ(encoder.bits(), "");
+    EXPECT_EQ(encoder.record()->correctionCount, 937);
+    EXPECT_EQ(encoder.record()->eobRun, 8);
+    // One more is too many.
+    EXPECT_EQ(encoder.encode(build, scan, blockOf({{2, -3}}), fullTable()), orbStsNoErr);
+    EXPECT_EQ(encoder.bits(), runBits(9, fullTable()) + held + "10" + "1");
+    EXPECT_EQ(encoder.record()->correctionCount, 0);
+    EXPECT_EQ(encoder.record()->eobRun, 0);
+    // Whole blocks: the 15th brings 63 * 15 = 945.
+    const Block block(64, 2);
+    Encoder whole(capacity);
+    for (int i = 1; i < 15; ++i) {
+      EXPECT_EQ(whole.encode(build, {Pass::kACRefine, 1, 63, 0}, block, fullTable()), orbStsNoErr);
+      EXPECT_EQ(whole.record()->correctionCount, 63 * i);
+    }
+    EXPECT_EQ(whole.bits(), "");
     EXPECT_EQ(whole.encode(build, {Pass::kACRefine, 1, 63, 0}, block, fullTable()), orbStsNoErr);
-    EXPECT_EQ(whole.record()->correctionCount, 63 * i);
+    EXPECT_EQ(whole.bits(), runBits(15, fullTable()) + std::string(945, '0'));
+    // As many as there can be: 937 and 63.
+    Encoder most(capacity);
+    most.setPending(1, std::string(937, '1'));
+    EXPECT_EQ(most.encode(build, {Pass::kACRefine, 1, 63, 0}, block, fullTable()), orbStsNoErr);
+    EXPECT_EQ(most.bits(), runBits(2, fullTable()) + std::string(937, '1') + std::string(63, '0'));
   }
-  EXPECT_EQ(whole.bits(), "");
-  EXPECT_EQ(whole.encode(build, {Pass::kACRefine, 1, 63, 0}, block, fullTable()), orbStsNoErr);
-  EXPECT_EQ(whole.bits(), runBits(15, fullTable()) + std::string(945, '0'));
-  // As many as there can be: 937 and 63.
-  Encoder most(300);
-  most.setPending(1, std::string(937, '1'));
-  EXPECT_EQ(most.encode(build, {Pass::kACRefine, 1, 63, 0}, block, fullTable()), orbStsNoErr);
-  EXPECT_EQ(most.bits(), runBits(2, fullTable()) + std::string(937, '1') + std::string(63, '0'));
 }
 
 // What is still held when a call fails: the old correction bits until they are written.
@@ -812,15 +803,17 @@ ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, WhatStaysHeldWhenACallF
       // The run of a block that brings too many: its bits are held as well.
       {"the run of too many", {0x01}, blockOf({{1, 3}, {2, 2}}), 2, 936, 938, ""},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
-    Encoder encoder(300);
-    encoder.setPending(1, std::string(static_cast<size_t>(c.held), '1'));
-    EXPECT_EQ(encoder.encode(build, scan, c.block, Table(unary(c.symbols))),
-              orbStsJpegHuffTableErr);
-    EXPECT_EQ(encoder.record()->eobRun, c.eobRun);
-    EXPECT_EQ(encoder.record()->correctionCount, c.left);
-    EXPECT_EQ(encoder.bits(), bitsIn(c.bits));
+  for (const int capacity : {kTight, kRoomy}) {
+    for (const Case& c : cases) {
+      SCOPED_TRACE(c.what);
+      Encoder encoder(capacity);
+      encoder.setPending(1, std::string(static_cast<size_t>(c.held), '1'));
+      EXPECT_EQ(encoder.encode(build, scan, c.block, Table(unary(c.symbols))),
+                orbStsJpegHuffTableErr);
+      EXPECT_EQ(encoder.record()->eobRun, c.eobRun);
+      EXPECT_EQ(encoder.record()->correctionCount, c.left);
+      EXPECT_EQ(encoder.bits(), bitsIn(c.bits));
+    }
   }
   // No room for the run; for the held bits; for 16 zeros.
   const Table table(unary({0x00, 0xF0, 0x21}));
@@ -880,18 +873,7 @@ void expectFlushes(const TestBuild& build, Pass pass) {
     ones.expectNothingPending();
   }
 }
-ORB_MEANING(orbiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1, FlushFillsTheLastByteWithOnes) {
-  expectFlushes(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1, FlushFillsTheLastByteWithOnes) {
-  expectFlushes(build, Pass::kDCRefine);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, FlushFillsTheLastByteWithOnes) {
-  expectFlushes(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, FlushFillsTheLastByteWithOnes) {
-  expectFlushes(build, Pass::kACRefine);
-}
+MEANING_OF_ENCODERS(FlushFillsTheLastByteWithOnes, expectFlushes)
 
 // The run and the correction bits go out; the scans of DC have neither.
 void expectFlushOfPending(const TestBuild& build, Pass pass) {
@@ -905,18 +887,7 @@ void expectFlushOfPending(const TestBuild& build, Pass pass) {
   EXPECT_EQ(encoder.flush(build, scan, shortTable()), orbStsNoErr);
   EXPECT_EQ(encoder.bits(), scan.isAC() ? "1110110011111111" : "");
 }
-ORB_MEANING(orbiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1, FlushOfPending) {
-  expectFlushOfPending(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1, FlushOfPending) {
-  expectFlushOfPending(build, Pass::kDCRefine);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, FlushOfPending) {
-  expectFlushOfPending(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1, FlushOfPending) {
-  expectFlushOfPending(build, Pass::kACRefine);
-}
+MEANING_OF_ENCODERS(FlushOfPending, expectFlushOfPending)
 
 // Where a flush fails, and what comes out of its two forms: AC first tells only of the last byte.
 void expectFailingFlushes(const TestBuild& build, Pass pass) {
@@ -929,57 +900,16 @@ void expectFailingFlushes(const TestBuild& build, Pass pass) {
     OrbStatus first, refine;
     Bytes written;
   };
+  const OrbStatus full = orbStsJpegBufferEndErr, noCode = orbStsJpegHuffTableErr;
   const Case cases[] = {
-      {"no code", {0x10}, "11", 3, 9, orbStsNoErr, orbStsJpegHuffTableErr, {0x1F}},
-      {"no code, and no byte to fill up",
-       {0x10},
-       "11",
-       0,
-       9,
-       orbStsNoErr,
-       orbStsJpegHuffTableErr,
-       {}},
-      {"no code, and no room",
-       {0x10},
-       "11",
-       3,
-       0,
-       orbStsJpegBufferEndErr,
-       orbStsJpegHuffTableErr,
-       {}},
-      // 10 is one bit more than fits; what is left is not filled up to a byte.
-      {"no room for the run",
-       {0x01, 0x00},
-       "",
-       7,
-       0,
-       orbStsJpegBufferEndErr,
-       orbStsJpegBufferEndErr,
-       {}},
-      {"no room for the corrections",
-       {0x01, 0x00},
-       "111111",
-       0,
-       0,
-       orbStsJpegBufferEndErr,
-       orbStsJpegBufferEndErr,
-       {}},
-      {"no room for the last byte",
-       {0x01, 0x00},
-       "1",
-       0,
-       0,
-       orbStsJpegBufferEndErr,
-       orbStsJpegBufferEndErr,
-       {}},
-      {"no room for more, and nothing to fill up",
-       {0x01, 0x00},
-       "1",
-       5,
-       1,
-       orbStsNoErr,
-       orbStsNoErr,
-       {0x05}},
+      {"no code", {0x10}, "11", 3, 9, orbStsNoErr, noCode, {0x1F}},
+      {"no code, and no byte to fill up", {0x10}, "11", 0, 9, orbStsNoErr, noCode, {}},
+      {"no code, and no room", {0x10}, "11", 3, 0, full, noCode, {}},
+      // 10 is one bit more than fits, and what is left does not fit, either.
+      {"no room for the run", {0x01, 0x00}, "", 7, 0, full, full, {}},
+      {"no room for the corrections", {0x01, 0x00}, "111111", 0, 0, full, full, {}},
+      {"no room for the last byte", {0x01, 0x00}, "1", 0, 0, full, full, {}},
+      {"nothing to fill up", {0x01, 0x00}, "1", 5, 1, orbStsNoErr, orbStsNoErr, {0x05}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
@@ -994,8 +924,7 @@ void expectFailingFlushes(const TestBuild& build, Pass pass) {
     encoder.expectNothingPending();
   }
   // A code of 16 bits finds no room, and without it there is nothing to fill up.
-  std::vector<Orb8u> sixteen(16);
-  for (size_t i = 0; i < 16; ++i) sixteen[i] = static_cast<Orb8u>(100 + i);
+  std::vector<Orb8u> sixteen(16, 0x01);
   sixteen[15] = 0x00;
   Encoder encoder(1);
   encoder.position.set(0, 0, 1);
@@ -1224,18 +1153,7 @@ void expectDecoderChecks(const TestBuild& build, Pass pass) {
   Decoder highest(bytesOf(""));
   EXPECT_EQ(highest.decode(build, {pass, 63, 63, 13}, shortTable()), orbStsNoErr);
 }
-ORB_MEANING(orbiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1, ChecksInOrder) {
-  expectDecoderChecks(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1, ChecksInOrder) {
-  expectDecoderChecks(build, Pass::kDCRefine);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, ChecksInOrder) {
-  expectDecoderChecks(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1, ChecksInOrder) {
-  expectDecoderChecks(build, Pass::kACRefine);
-}
+MEANING_OF_DECODERS(ChecksInOrder, expectDecoderChecks)
 
 // Bits, with spaces between symbols and values, and what they make of blocks.
 struct KnownBlocks {
@@ -1380,18 +1298,7 @@ void expectRoundTrips(const TestBuild& build, Pass pass) {
     if (testing::Test::HasFailure()) return;
   }
 }
-ORB_MEANING(orbiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1, RoundTrips) {
-  expectRoundTrips(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1, RoundTrips) {
-  expectRoundTrips(build, Pass::kDCRefine);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, RoundTrips) {
-  expectRoundTrips(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1, RoundTrips) {
-  expectRoundTrips(build, Pass::kACRefine);
-}
+MEANING_OF_DECODERS(RoundTrips, expectRoundTrips)
 
 // Blocks through all the scans of a script, one scan's bytes at a time.
 ORB_MEANING(orbiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1, WholePictures) {
@@ -1439,18 +1346,7 @@ void expectDamagedEnds(const TestBuild& build, Pass pass) {
     }
   }
 }
-ORB_MEANING(orbiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1, DamagedEnds) {
-  expectDamagedEnds(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1, DamagedEnds) {
-  expectDamagedEnds(build, Pass::kDCRefine);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, DamagedEnds) {
-  expectDamagedEnds(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1, DamagedEnds) {
-  expectDamagedEnds(build, Pass::kACRefine);
-}
+MEANING_OF_DECODERS(DamagedEnds, expectDamagedEnds)
 
 // What a call without a bit to read says, and that it leaves block and predictor alone.
 void expectNothingToRead(const TestBuild& build, Pass pass) {
@@ -1486,18 +1382,7 @@ void expectNothingToRead(const TestBuild& build, Pass pass) {
     EXPECT_EQ(decoder.record()->bitCount, 0);
   }
 }
-ORB_MEANING(orbiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1, NothingToRead) {
-  expectNothingToRead(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1, NothingToRead) {
-  expectNothingToRead(build, Pass::kDCRefine);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, NothingToRead) {
-  expectNothingToRead(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1, NothingToRead) {
-  expectNothingToRead(build, Pass::kACRefine);
-}
+MEANING_OF_DECODERS(NothingToRead, expectNothingToRead)
 
 // Codes that match nothing: 17 bits are gone.
 void expectNoCode(const TestBuild& build, Pass pass) {
@@ -1566,12 +1451,7 @@ void expectDecodedRuns(const TestBuild& build, Pass pass) {
     EXPECT_EQ(decoder.block.samples(), Block(64));
   }
 }
-ORB_MEANING(orbiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, RunsOfBlocks) {
-  expectDecodedRuns(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1, RunsOfBlocks) {
-  expectDecodedRuns(build, Pass::kACRefine);
-}
+MEANING_OF_AC_DECODERS(RunsOfBlocks, expectDecodedRuns)
 
 // A run whose number is cut off is none; one whose first correction is cut off is there.
 void expectCutRuns(const TestBuild& build, Pass pass) {
@@ -1590,12 +1470,7 @@ void expectCutRuns(const TestBuild& build, Pass pass) {
   EXPECT_EQ(whole.at(3), pass == Pass::kACFirst ? 2 : 3);
   EXPECT_EQ(whole.at(4), -2);
 }
-ORB_MEANING(orbiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, RunsThatAreCutOff) {
-  expectCutRuns(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1, RunsThatAreCutOff) {
-  expectCutRuns(build, Pass::kACRefine);
-}
+MEANING_OF_AC_DECODERS(RunsThatAreCutOff, expectCutRuns)
 
 // 15 zeros and a 1: 0. A 1: 10. 16 zeros: 110.
 const Table& runTable() {
@@ -1702,18 +1577,7 @@ void expectMutatedScans(const TestBuild& build, Pass pass) {
     if (testing::Test::HasFailure()) return;
   }
 }
-ORB_MEANING(orbiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1, MutatedScans) {
-  expectMutatedScans(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1, MutatedScans) {
-  expectMutatedScans(build, Pass::kDCRefine);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, MutatedScans) {
-  expectMutatedScans(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1, MutatedScans) {
-  expectMutatedScans(build, Pass::kACRefine);
-}
+MEANING_OF_DECODERS(MutatedScans, expectMutatedScans)
 
 void expectDecodersAgree(const TestBuild& build, Pass pass, Random& random) {
   const TestBuild px = {orb::kPx, "px"};
@@ -1873,12 +1737,7 @@ void expectCounterChecks(const TestBuild& build, Pass pass) {
   EXPECT_EQ(c.flush(build, {pass, 1, 63, 0}), orbStsNoErr);
   EXPECT_EQ(c.at(0x10), 1);
 }
-ORB_MEANING(orbiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1, ChecksInOrder) {
-  expectCounterChecks(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1, ChecksInOrder) {
-  expectCounterChecks(build, Pass::kACRefine);
-}
+MEANING_OF_AC_COUNTERS(ChecksInOrder, expectCounterChecks)
 
 // Added to what is there, against the model; the bits of the state are nobody's business.
 void expectAnyCounts(const TestBuild& build, Pass pass) {
@@ -1913,15 +1772,7 @@ void expectAnyCounts(const TestBuild& build, Pass pass) {
     counter.encoder.expectNothingPending();
   }
 }
-ORB_MEANING(orbiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1, AnyCounts) {
-  expectAnyCounts(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1, AnyCounts) {
-  expectAnyCounts(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1, AnyCounts) {
-  expectAnyCounts(build, Pass::kACRefine);
-}
+MEANING_OF_COUNTERS(AnyCounts, expectAnyCounts)
 
 ORB_MEANING(orbiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1, DifferencesOfUpTo11Bits) {
   const ProgressiveScan scan = {Pass::kDCFirst, 0, 0, 0};
@@ -2020,12 +1871,7 @@ void expectCountedRuns(const TestBuild& build, Pass pass) {
   EXPECT_EQ(counter.at(0xE0), 1);
   EXPECT_EQ(counter.encoder.record()->eobRun, 0);
 }
-ORB_MEANING(orbiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1, RunsOfBlocks) {
-  expectCountedRuns(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1, RunsOfBlocks) {
-  expectCountedRuns(build, Pass::kACRefine);
-}
+MEANING_OF_AC_COUNTERS(RunsOfBlocks, expectCountedRuns)
 
 // 938 correction bits end a run here, too.
 ORB_MEANING(orbiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1, HoldsUpTo937CorrectionBits) {
@@ -2069,15 +1915,7 @@ void expectTableOfCounts(const TestBuild& build, Pass pass) {
     ASSERT_EQ(encoder.flush(build, scan, table), orbStsNoErr);
   }
 }
-ORB_MEANING(orbiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1, TablesOfCounts) {
-  expectTableOfCounts(build, Pass::kDCFirst);
-}
-ORB_MEANING(orbiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1, TablesOfCounts) {
-  expectTableOfCounts(build, Pass::kACFirst);
-}
-ORB_MEANING(orbiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1, TablesOfCounts) {
-  expectTableOfCounts(build, Pass::kACRefine);
-}
+MEANING_OF_COUNTERS(TablesOfCounts, expectTableOfCounts)
 
 void expectCountersAgree(const TestBuild& build, Pass pass, Random& random) {
   const TestBuild px = {orb::kPx, "px"};
