@@ -1,6 +1,7 @@
 # The library: the frame and the constant tables once, the entry files once for each build.
 
 set(ORB_FRAME_SOURCES
+    compress/tables/deflate.cpp
     frame/cpu.cpp
     frame/dispatch.cpp
     frame/library.cpp
@@ -12,6 +13,7 @@ set(ORB_FRAME_SOURCES
     jpeg/tables/zigzag.cpp)
 
 set(ORB_ENTRY_SOURCES
+    compress/lz77_state.cpp
     jpeg/color.cpp
     jpeg/dct.cpp
     jpeg/huffman_lossless.cpp

@@ -24,6 +24,7 @@
 #ifndef ORB90LEGACY_H
 #define ORB90LEGACY_H
 
+#include "orb90legacy/compress.h"
 #include "orb90legacy/jpeg.h"
 #include "orb90legacy/library.h"
 #include "orb90legacy/status.h"

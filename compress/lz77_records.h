@@ -1,0 +1,115 @@
+// The records of the deflate encoder and decoder. The host sees their sizes alone, and may place
+// them at any address.
+//
+// Every area is a member and every link an index, so that no value in a record, damaged or not,
+// leads out of it by itself. The one address is that of the host's pair list, which the library
+// hands back and never follows.
+#ifndef ORB_COMPRESS_LZ77_RECORDS_H
+#define ORB_COMPRESS_LZ77_RECORDS_H
+
+#include <stdint.h>
+
+#include "orb90legacy/compress.h"
+
+// The part that the accessors of both records share, at the start of each.
+struct [[gnu::packed]] OrbLZ77PairCursor {
+  uint64_t pPairs;  // an address, as wide on 32 bits as on 64
+  Orb32s pairCount;
+  Orb32s pairLeft;
+  Orb32s phase;
+};
+
+// A code with its extra bits, if any, as they go into the stream: the next bit is the lowest.
+struct [[gnu::packed]] OrbLZ77Code {
+  Orb32u bits;
+  Orb32u length;
+};
+
+struct [[gnu::packed]] OrbLZ77EncState {
+  OrbLZ77PairCursor cursor;
+
+  Orb32s level;
+  Orb32s checksumKind;
+  Orb32u checksum;
+  Orb32s srcLeft;  // source bytes of the last match call that were not consumed
+  Orb32s lastFlush;
+
+  // Positions count the bytes consumed; every entry of `head` and `prev` is one.
+  Orb32s position;
+  Orb32s windowFill;  // where the byte of `position` will lie in `window`, 0 to 65278
+
+  // Bits not yet written, and what they were in front of the block header.
+  uint64_t bitAcc;
+  Orb32s bitCount;
+  uint64_t savedAcc;
+  Orb32s savedBitCount;
+
+  Orb32s blockState;
+  Orb32s selectedMode;
+  Orb32s headerReady;
+  Orb32s headerLen;
+  Orb32s headerSent;
+  Orb32s syncBytesLeft;  // bytes of the sync marker, or the stage of a stored block
+  Orb32s storedLeft;
+  Orb32s tailIndex;
+  Orb8u unused[152];
+
+  Orb32s prev[32768];  // by position modulo 32768: the position before it with the same hash
+  Orb32s head[32768];  // by hash: the newest position
+  Orb8u window[65536];
+  OrbLZ77Pair pairs[65280];
+  Orb8u tail[8];
+  OrbLZ77Code lengthCodes[256];    // by length - 3, with the extra bits
+  OrbLZ77Code literalCodes[286];   // by symbol
+  OrbLZ77Code distanceCodes[256];  // by distance - 1, with the extra bits
+  OrbLZ77Code distanceSlots[30];   // by symbol
+  OrbLZ77Code work[286 + 30];
+  Orb8u header[292];
+};
+static_assert(sizeof(OrbLZ77EncState) == 598508, "the size that hosts allocate");
+
+// An entry of a decoding table.
+struct [[gnu::packed]] OrbLZ77DecEntry {
+  Orb8u op;
+  Orb8u bits;
+  Orb16u value;
+};
+
+struct [[gnu::packed]] OrbLZ77DecState {
+  OrbLZ77PairCursor cursor;
+
+  Orb32s checksumKind;
+  Orb32u bitAcc;
+  Orb32s bitCount;
+  Orb32s ringPos;
+  Orb32s windowFill;
+  Orb32s decState;
+  Orb32s matchLength;
+  Orb32s extraBits;
+  Orb32s matchDistance;
+  Orb32s finalBlock;
+  Orb32s streamEnded;
+  Orb32s blockKind;
+  Orb32s litTable;
+  Orb32s distTable;
+  Orb32s litRootBits;
+  Orb32s distRootBits;
+  Orb32s clCount;
+  Orb32s litCount;
+  Orb32s distCount;
+  Orb32s lenIndex;
+  Orb32s tableCursor;
+  Orb32s pendingLength;
+  Orb32s pendingDistance;
+  Orb8u unused[144];
+
+  Orb8u window[65536];
+  OrbLZ77Pair pairs[8192];
+  Orb8u tail[8];
+  Orb16u lens[320];
+  Orb16u work[288];
+  OrbLZ77DecEntry codes[1440];
+};
+static_assert(sizeof(OrbLZ77DecState) == 105544, "the size that hosts allocate");
+
+#endif
