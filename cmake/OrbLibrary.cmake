@@ -1,7 +1,9 @@
 # The library: the frame and the constant tables once, the entry files once for each build.
 
 set(ORB_FRAME_SOURCES
+    compress/tables/crc32.cpp
     compress/tables/deflate.cpp
+    compress/tables/hash_mix.cpp
     frame/cpu.cpp
     frame/dispatch.cpp
     frame/library.cpp
@@ -13,6 +15,8 @@ set(ORB_FRAME_SOURCES
     jpeg/tables/zigzag.cpp)
 
 set(ORB_ENTRY_SOURCES
+    compress/lz77_block.cpp
+    compress/lz77_match.cpp
     compress/lz77_state.cpp
     jpeg/color.cpp
     jpeg/dct.cpp

@@ -25,6 +25,19 @@ struct [[gnu::packed]] OrbLZ77Code {
   Orb32u length;
 };
 
+// All that it takes to code a block.
+struct [[gnu::packed]] OrbLZ77Codes {
+  OrbLZ77Code literal[286];   // by symbol
+  OrbLZ77Code length[256];    // by length - 3, with the extra bits
+  OrbLZ77Code distance[256];  // by distance - 1, with the extra bits
+  OrbLZ77Code slot[30];       // by symbol of the distance
+};
+
+// A position of the text for each of 32768 places. Positions count the bytes consumed.
+struct [[gnu::packed]] OrbLZ77Positions {
+  Orb32s at[32768];
+};
+
 struct [[gnu::packed]] OrbLZ77EncState {
   OrbLZ77PairCursor cursor;
 
@@ -34,14 +47,14 @@ struct [[gnu::packed]] OrbLZ77EncState {
   Orb32s srcLeft;  // source bytes of the last match call that were not consumed
   Orb32s lastFlush;
 
-  // Positions count the bytes consumed; every entry of `head` and `prev` is one.
-  Orb32s position;
-  Orb32s windowFill;  // where the byte of `position` will lie in `window`, 0 to 65278
+  Orb32s position;    // of the next byte
+  Orb32s windowFill;  // where that byte is to lie in `window`, 0 to 65278
 
-  // Bits not yet written, and what they were in front of the block header.
+  // Bits of the stream that are not yet written, and what they were in front of the block header.
+  // Counts may exceed 64: the bits above are zeros.
   uint64_t bitAcc;
-  Orb32s bitCount;
   uint64_t savedAcc;
+  Orb32s bitCount;
   Orb32s savedBitCount;
 
   Orb32s blockState;
@@ -49,22 +62,18 @@ struct [[gnu::packed]] OrbLZ77EncState {
   Orb32s headerReady;
   Orb32s headerLen;
   Orb32s headerSent;
-  Orb32s syncBytesLeft;  // bytes of the sync marker, or the stage of a stored block
+  Orb32s syncBytesLeft;  // of the marker that a flush adds, or the stage of a stored block
   Orb32s storedLeft;
   Orb32s tailIndex;
-  Orb8u unused[152];
 
-  Orb32s prev[32768];  // by position modulo 32768: the position before it with the same hash
-  Orb32s head[32768];  // by hash: the newest position
+  OrbLZ77Positions prev;  // by position modulo 32768: the one before it with the same hash
+  OrbLZ77Positions head;  // by hash: the newest position
   Orb8u window[65536];
   OrbLZ77Pair pairs[65280];
   Orb8u tail[8];
-  OrbLZ77Code lengthCodes[256];    // by length - 3, with the extra bits
-  OrbLZ77Code literalCodes[286];   // by symbol
-  OrbLZ77Code distanceCodes[256];  // by distance - 1, with the extra bits
-  OrbLZ77Code distanceSlots[30];   // by symbol
-  OrbLZ77Code work[286 + 30];
-  Orb8u header[292];
+  OrbLZ77Codes codes;
+  Orb8u header[296];
+  Orb8u unused[2676];
 };
 static_assert(sizeof(OrbLZ77EncState) == 598508, "the size that hosts allocate");
 

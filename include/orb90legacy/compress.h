@@ -111,6 +111,44 @@ ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77GetStatus_8u(OrbLZ77Phase* pPha
  * Returns orbStsNullPtrErr.
  */
 ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77GetSize_8u(Orb32s* pSize);
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77Init_8u(OrbLZ77Level level,
+                                                         OrbLZ77Checksum checksumKind,
+                                                         OrbLZ77EncState* pState);
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77InitAlloc_8u(OrbLZ77Level level,
+                                                              OrbLZ77Checksum checksumKind,
+                                                              OrbLZ77EncState** ppState);
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77Reset_8u(OrbLZ77EncState* pState);
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77SetStatus_8u(OrbLZ77Phase phase,
+                                                              OrbLZ77EncState* pState);
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77SetDictionary_8u(const Orb8u* pDict,
+                                                                  Orb32s dictLen,
+                                                                  OrbLZ77EncState* pState);
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77_8u(Orb8u** ppSrc, Orb32s* pSrcLen,
+                                                     OrbLZ77Pair** ppPairs, Orb32s* pPairsLen,
+                                                     OrbLZ77Flush flush, OrbLZ77EncState* pState);
+
+/* ------------------------------------------------------------------------------------------------
+ * Deflate encoding: the blocks
+ * ---------------------------------------------------------------------------------------------- */
+
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77SelectHuffMode_8u(const OrbLZ77Pair* pPairs,
+                                                                   Orb32s count,
+                                                                   OrbLZ77BlockMode* pMode,
+                                                                   OrbLZ77EncState* pState);
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77FixedHuff_8u(OrbLZ77Pair** ppPairs,
+                                                              Orb32s* pPairsLen, Orb8u** ppDst,
+                                                              Orb32s* pDstLen, OrbLZ77Flush flush,
+                                                              OrbLZ77EncState* pState);
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77DynamicHuff_8u(OrbLZ77Pair** ppPairs,
+                                                                Orb32s* pPairsLen, Orb8u** ppDst,
+                                                                Orb32s* pDstLen, OrbLZ77Flush flush,
+                                                                OrbLZ77EncState* pState);
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77StoredBlock_8u(Orb8u** ppSrc, Orb32s* pSrcLen,
+                                                                Orb8u** ppDst, Orb32s* pDstLen,
+                                                                OrbLZ77Flush flush,
+                                                                OrbLZ77EncState* pState);
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77Flush_8u(Orb8u** ppDst, Orb32s* pDstLen,
+                                                          OrbLZ77EncState* pState);
 
 /* ------------------------------------------------------------------------------------------------
  * Deflate decoding
