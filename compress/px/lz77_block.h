@@ -94,10 +94,10 @@ inline void takeBits(const OrbLZ77EncState& state, BitSink& out) {
   out.count = state.headerReady ? state.savedBitCount : state.bitCount;
 }
 
-// Blocks without pairs can pile up bits where there is next to no room. A new header waits until
-// they are a word at most.
+// Blocks without pairs can pile up bits where there is next to no room. What a block with pairs
+// leaves is never too much for a header behind it.
 inline bool isCrowded(const BitSink& out) {
-  return out.count > 32;
+  return out.count > 56;
 }
 
 inline OrbStatus orbCodeFixed(OrbLZ77EncState& state, BlockCall& call) {

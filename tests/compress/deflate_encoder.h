@@ -4,7 +4,9 @@
 #define ORB_TESTS_COMPRESS_DEFLATE_ENCODER_H
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "compress/lz77_records.h"
@@ -49,15 +51,24 @@ class Encoder {
     const auto isCanary = [](Orb8u byte) { return byte == kCanary; };
     EXPECT_TRUE(std::all_of(memory_.begin(), memory_.begin() + kBefore, isCanary));
     EXPECT_TRUE(std::all_of(memory_.end() - kBehind, memory_.end(), isCanary));
+    pool().push_back(std::move(memory_));
   }
   Encoder(const Encoder&) = delete;
   Encoder& operator=(const Encoder&) = delete;
 
   OrbLZ77EncState* record() { return reinterpret_cast<OrbLZ77EncState*>(memory_.data() + kBefore); }
   // All of the record but the address of its pair list.
-  Bytes image() {
-    const auto* bytes = reinterpret_cast<const Orb8u*>(record());
-    return Bytes(bytes + sizeof(uint64_t), bytes + sizeof(OrbLZ77EncState));
+  Bytes image() { return part(sizeof(uint64_t), sizeof(OrbLZ77EncState)); }
+  void copyFrom(Encoder& other) {
+    const Bytes bytes = other.image();
+    std::copy(bytes.begin(), bytes.end(), reinterpret_cast<Orb8u*>(record()) + sizeof(uint64_t));
+  }
+  // What the coders of blocks have to do with.
+  Bytes blockImage() {
+    Bytes bytes = part(sizeof(uint64_t), offsetof(OrbLZ77EncState, prev));
+    const Bytes rest = part(offsetof(OrbLZ77EncState, tail), sizeof(OrbLZ77EncState));
+    bytes.insert(bytes.end(), rest.begin(), rest.end());
+    return bytes;
   }
 
   struct Made {
@@ -96,7 +107,9 @@ class Encoder {
     return mode;
   }
 
-  using Step = BlockModel::Step;
+  struct Step : BlockModel::Step {
+    bool isCleanBehind;  // nothing is written behind the cursor
+  };
   Step fixed(const Pairs& pairs, size_t room, int flush) {
     return code(ORB(orbsEncodeLZ77FixedHuff_8u), pairs, room, flush);
   }
@@ -113,13 +126,29 @@ class Encoder {
   static constexpr Orb8u kCanary = 0xA5;
   static constexpr int kBefore = 65, kBehind = 64;
 
-  Bytes memory_ = Bytes(kBefore + sizeof(OrbLZ77EncState) + kBehind, kCanary);
+  // Memory comes with what the last encoder left in it.
+  static std::vector<Bytes>& pool() {
+    static std::vector<Bytes> free;
+    return free;
+  }
+  static Bytes takeMemory() {
+    if (pool().empty()) return Bytes(kBefore + sizeof(OrbLZ77EncState) + kBehind, kCanary);
+    Bytes memory = std::move(pool().back());
+    pool().pop_back();
+    return memory;
+  }
 
+  Bytes memory_ = takeMemory();
+
+  Bytes part(size_t from, size_t to) {
+    const auto* bytes = reinterpret_cast<const Orb8u*>(record());
+    return Bytes(bytes + from, bytes + to);
+  }
   template <class Function, class Item>
   Step code(Function* function, const std::vector<Item>& items, size_t room, int flush) {
     GuardedBytes src(items.size() * sizeof(Item)), dst(room);
     if (!items.empty()) std::memcpy(src.data(), items.data(), static_cast<size_t>(src.size()));
-    std::memset(dst.data(), 0xA5, room);
+    std::memset(dst.data(), kCanary, room);
     Item* const first = reinterpret_cast<Item*>(src.data());
     Item* at = first;
     Orb32s left = static_cast<Orb32s>(items.size());
@@ -131,7 +160,8 @@ class Encoder {
     EXPECT_EQ(left, static_cast<Orb32s>(items.size() - step.pairs));
     EXPECT_EQ(outLeft, dst.size() - (out - dst.data()));
     step.written.assign(dst.data(), out);
-    for (; out != dst.data() + dst.size(); ++out) EXPECT_EQ(*out, 0xA5) << "behind the cursor";
+    step.isCleanBehind =
+        std::all_of(out, dst.data() + dst.size(), [](Orb8u byte) { return byte == kCanary; });
     return step;
   }
 };

@@ -251,11 +251,14 @@ struct BlockCodes {
   CodeStrings symbols, distances;
 };
 
-inline BlockCodes fixedCodes() {
-  std::vector<int> lengths(288, 8);
-  std::fill(lengths.begin() + 144, lengths.begin() + 256, 9);
-  std::fill(lengths.begin() + 256, lengths.begin() + 280, 7);
-  return {canonicalCodes(lengths), canonicalCodes(std::vector<int>(30, 5))};
+inline const BlockCodes& fixedCodes() {
+  static const BlockCodes codes = [] {
+    std::vector<int> lengths(288, 8);
+    std::fill(lengths.begin() + 144, lengths.begin() + 256, 9);
+    std::fill(lengths.begin() + 256, lengths.begin() + 280, 7);
+    return BlockCodes{canonicalCodes(lengths), canonicalCodes(std::vector<int>(30, 5))};
+  }();
+  return codes;
 }
 
 inline std::string bitsOf(const OrbLZ77Pair& pair, const BlockCodes& codes) {
@@ -493,10 +496,11 @@ class BlockModel {
     size_t pairs;  // or bytes of the source
   };
 
-  void matched(int flush, int left, bool madePairs) {
+  // A match call has made new pairs.
+  void matched(int flush, int left) {
     lastFlush = flush;
     srcLeft = left;
-    if (madePairs) headerReady_ = false;
+    headerReady_ = false;
   }
 
   int select(const Pairs& pairs) {
@@ -504,10 +508,9 @@ class BlockModel {
     saved_ = waiting_;
     makeHeader(pairs);
     size_t stored = 32, fixed = 3, dynamic = header_.size() + 3;
-    const BlockCodes fixedOnes = fixedCodes();
     for (const OrbLZ77Pair& pair : pairs) {
       stored += pair.offset == 0 ? 8 : 8 * size_t{pair.lengthOrLiteral};
-      fixed += bitsOf(pair, fixedOnes).size();
+      fixed += bitsOf(pair, fixedCodes()).size();
       dynamic += bitsOf(pair, block_.codes).size();
     }
     mode_ = stored < std::min(fixed, dynamic) ? orbLZ77BlockStored
