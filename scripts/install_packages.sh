@@ -19,8 +19,13 @@ for set in "$@"; do
     build) packages="$packages g++ cmake ninja-build libcli11-dev libpng-dev" ;;
     test)
       packages="$packages googletest binutils libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
+      packages="$packages zlib1g-dev libdeflate-dev libzopfli-dev pigz zopfli libdeflate-tools"
+      packages="$packages libdivsufsort-dev bzip2"
       ;;
-    bench) packages="$packages libbenchmark-dev libjpeg62-turbo-dev" ;;
+    bench)
+      packages="$packages libbenchmark-dev libjpeg62-turbo-dev zlib1g-dev libdeflate-dev libisal-dev"
+      packages="$packages libdivsufsort-dev"
+      ;;
     i386) packages="$packages g++-multilib" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
     fuzz) packages="$packages clang libclang-rt-14-dev" ;;
