@@ -27,10 +27,9 @@ struct [[gnu::packed]] OrbLZ77Code {
 
 // All that it takes to code a block.
 struct [[gnu::packed]] OrbLZ77Codes {
-  OrbLZ77Code literal[286];   // by symbol
-  OrbLZ77Code length[256];    // by length - 3, with the extra bits
-  OrbLZ77Code distance[256];  // by distance - 1, with the extra bits
-  OrbLZ77Code slot[30];       // by symbol of the distance
+  OrbLZ77Code literal[286];  // by symbol
+  OrbLZ77Code joined[512];   // of a literal; from 256 on by length - 3, with the extra bits
+  OrbLZ77Code slot[31];      // by symbol of the distance; the last is that of no distance
 };
 
 // A position of the text for each of 32768 places. Positions count the bytes consumed.
@@ -73,7 +72,7 @@ struct [[gnu::packed]] OrbLZ77EncState {
   Orb8u tail[8];
   OrbLZ77Codes codes;
   Orb8u header[296];
-  Orb8u unused[2676];
+  Orb8u unused[2668];
 };
 static_assert(sizeof(OrbLZ77EncState) == 598508, "the size that hosts allocate");
 

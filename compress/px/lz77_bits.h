@@ -42,22 +42,27 @@ struct BitSink {
 
 // ---- Pairs
 //
-// A host may hand over any words. What lies outside of its range counts by its low bits: a literal
-// by 8, a length less 3 by 8, a distance less 1 by 15.
+// Whether a pair is a literal is as good as random, so there is no branch on it: a literal goes the
+// way of a match, with no distance.
 
-inline bool isLiteral(OrbLZ77Pair pair) {
-  return pair.offset == 0;
-}
-inline Orb32u symbolOf(OrbLZ77Pair pair) {
-  const Orb32u value = pair.lengthOrLiteral;
-  return isLiteral(pair) ? value & 255 : orbDeflateSymbol[256 + ((value - 3) & 255)];
-}
-// Of a match.
-inline Orb32u distanceOf(OrbLZ77Pair pair) {
-  return (pair.offset - 1u) & 32767;
-}
-inline Orb32u distanceSymbolOf(Orb32u distance) {
-  return orbDeflateDistanceSymbol[distance < 256 ? distance : 256 + (distance >> 7)];
+// Where the tables have what a pair wants. A host may hand over any words: of what lies outside of
+// its range the low bits count, 8 of a literal, 8 of a length less 3, 15 of a distance less 1.
+struct PairIndex {
+  Orb32u symbol;    // in tables of literals and, from 256 on, lengths
+  Orb32u distance;  // less 1, or anything
+  Orb32u distanceSymbol;
+  Orb32u literalMask;  // all ones for a literal, 0 for a match
+};
+
+inline PairIndex indexOf(OrbLZ77Pair pair) {
+  const Orb32s before = pair.offset - 1;
+  const Orb32u literal = static_cast<Orb32u>(before >> 31);
+  const Orb32u symbol = ((pair.lengthOrLiteral - (3 & ~literal)) & 255) | (256 & ~literal);
+  const Orb32u distance = static_cast<Orb32u>(before) & 32767;
+  const Orb32u far = static_cast<Orb32u>((255 - static_cast<Orb32s>(distance)) >> 31);
+  const Orb32u place = (distance >> (7 & far)) + (256 & far);
+  return {symbol, distance, orbDeflateDistanceSymbol[(place & ~literal) | (kNoDistance & literal)],
+          literal};
 }
 
 struct PairBits {
@@ -66,25 +71,14 @@ struct PairBits {
 };
 
 inline PairBits bitsOfPair(const OrbLZ77Codes& codes, OrbLZ77Pair pair) {
-  if (isLiteral(pair)) {
-    const OrbLZ77Code literal = codes.literal[pair.lengthOrLiteral & 255];
-    return {literal.bits, literal.length};
-  }
-  const OrbLZ77Code length = codes.length[(pair.lengthOrLiteral - 3u) & 255];
-  const Orb32u distance = distanceOf(pair);
-  uint64_t bits;
-  Orb32u count;
-  if (distance < 256) {
-    bits = codes.distance[distance].bits;
-    count = codes.distance[distance].length;
-  } else {
-    const Orb32u symbol = distanceSymbolOf(distance);
-    const OrbLZ77Code slot = codes.slot[symbol];
-    const OrbDeflateSlot extra = orbDeflateDistance[symbol];
-    bits = slot.bits | static_cast<uint64_t>(distance + 1 - extra.base) << (slot.length & 63);
-    count = slot.length + extra.extraBits;
-  }
-  return {length.bits | bits << (length.length & 63), length.length + count};
+  const PairIndex index = indexOf(pair);
+  const OrbLZ77Code first = codes.joined[index.symbol];
+  const OrbLZ77Code slot = codes.slot[index.distanceSymbol];
+  const Orb32u extraBits = orbDeflateDistance[index.distanceSymbol].extraBits;
+  // Slots begin at multiples of their size, so the extra bits are the low bits.
+  const Orb32u extra = index.distance & ((1u << extraBits) - 1);
+  const uint64_t second = slot.bits | extra << (slot.length & 31);
+  return {first.bits | second << (first.length & 63), first.length + slot.length + extraBits};
 }
 
 // So many pairs take 8 bytes at least.
@@ -95,12 +89,14 @@ constexpr Orb32s kLastPairs = 64;
 //
 // While there is room, whole words are stored; the bytes of them that are not yet due are written
 // again by the last pairs, so that in the end nothing lies behind the last byte that is due.
-inline void orbPutPairs(BitSink& out, const OrbLZ77Codes& codes, const OrbLZ77Pair*& pairs,
+inline void orbPutPairs(BitSink& sink, const OrbLZ77Codes& codes, const OrbLZ77Pair*& pairs,
                         Orb32s& left) {
-  while (left > kLastPairs && out.room >= 8) {
-    const PairBits pair = bitsOfPair(codes, load(pairs++));
-    --left;
-    out.put(pair.bits, pair.length);
+  BitSink out = sink;
+  const OrbLZ77Pair* pair = pairs;
+  const OrbLZ77Pair* const end = pairs + left;
+  while (end - pair > kLastPairs && out.room >= 8) {
+    const PairBits bits = bitsOfPair(codes, load(pair++));
+    out.put(bits.bits, bits.length);
     store(reinterpret_cast<uint64_t*>(out.dst), out.acc);
     const Orb32s bytes = (out.count & 63) >> 3;
     out.dst += bytes;
@@ -108,12 +104,14 @@ inline void orbPutPairs(BitSink& out, const OrbLZ77Codes& codes, const OrbLZ77Pa
     out.acc >>= bytes * 8;
     out.count &= 7;
   }
-  while (left > 0 && out.room > 0) {
-    const PairBits pair = bitsOfPair(codes, load(pairs++));
-    --left;
-    out.put(pair.bits, pair.length);
+  while (pair != end && out.room > 0) {
+    const PairBits bits = bitsOfPair(codes, load(pair++));
+    out.put(bits.bits, bits.length);
     out.writeWholeBytes();
   }
+  sink = out;
+  pairs = pair;
+  left = static_cast<Orb32s>(end - pair);
 }
 
 }  // namespace orb::ORB_BUILD::plain

@@ -21,9 +21,10 @@ inline void orbCountPairs(const OrbLZ77Pair* pairs, Orb32s count, PairCounts& co
   counts = {};
   for (Orb32s i = 0; i < count; ++i) {
     const OrbLZ77Pair pair = load(pairs + i);
-    ++counts.symbols[symbolOf(pair)];
-    ++counts.distances[isLiteral(pair) ? 30 : distanceSymbolOf(distanceOf(pair))];
-    counts.bytes += isLiteral(pair) ? 1 : pair.lengthOrLiteral;
+    const PairIndex index = indexOf(pair);
+    ++counts.symbols[orbDeflateSymbol[index.symbol]];
+    ++counts.distances[index.distanceSymbol];
+    counts.bytes += ((pair.lengthOrLiteral - 1u) & ~index.literalMask) + 1;
   }
 }
 
@@ -86,18 +87,16 @@ struct LengthRuns {
   }
 };
 
-// The lengths with the extra bits, and the short distances, so that each takes one lookup.
-inline void orbJoinExtraBits(OrbLZ77Codes& codes) {
-  const auto join = [](OrbLZ77Code code, OrbDeflateSlot slot, Orb32u value) {
-    return OrbLZ77Code{code.bits | (value - slot.base) << code.length,
-                       code.length + slot.extraBits};
-  };
+inline void joinExtraBits(OrbLZ77Codes& codes) {
   for (Orb32u i = 0; i < 256; ++i) {
+    codes.joined[i] = codes.literal[i];
     const Orb32u symbol = orbDeflateSymbol[256 + i];
-    codes.length[i] = join(codes.literal[symbol], orbDeflateLength[symbol - 257], i + 3);
-    const Orb32u slot = orbDeflateDistanceSymbol[i];
-    codes.distance[i] = join(codes.slot[slot], orbDeflateDistance[slot], i + 1);
+    const OrbLZ77Code code = codes.literal[symbol];
+    const OrbDeflateSlot slot = orbDeflateLength[symbol - 257];
+    codes.joined[256 + i] = {code.bits | (i + 3 - slot.base) << code.length,
+                             code.length + slot.extraBits};
   }
+  codes.slot[30] = {0, 0};
 }
 
 // The three bits that every block begins with.
@@ -120,7 +119,7 @@ inline void orbMakeDynamicHeader(OrbLZ77EncState& state, PairCounts& counts) {
   const Orb32s distances = orbMakeCodeLengths(counts.distances, 30, 15, lengths);
   orbAssignCodes(lengths, 30, state.codes.slot);
   runs.addList(lengths, distances);
-  orbJoinExtraBits(state.codes);
+  joinExtraBits(state.codes);
 
   Orb32u frequencies[kCodeLengthSymbols] = {};
   for (Orb32s i = 0; i < runs.count; ++i) ++frequencies[runs.runs[i].symbol];

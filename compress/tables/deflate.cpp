@@ -23,8 +23,10 @@ constexpr OrbTable<OrbDeflateSlot, 29> lengths() {
   return table;
 }
 
-constexpr OrbTable<OrbDeflateSlot, 30> distances() {
-  return slots<30>(1, 2);
+constexpr OrbTable<OrbDeflateSlot, 31> distances() {
+  OrbTable<OrbDeflateSlot, 31> table = slots<31>(1, 2);
+  table[30] = {32769, 0};
+  return table;
 }
 
 static_assert(lengths()[27].base == 227 && lengths()[27].extraBits == 5, "symbol 284");
@@ -47,12 +49,13 @@ constexpr OrbTable<uint16_t, 512> symbols() {
   return table;
 }
 
-constexpr OrbTable<uint8_t, 512> distanceSymbols() {
-  OrbTable<uint8_t, 512> table = {};
+constexpr OrbTable<uint8_t, 513> distanceSymbols() {
+  OrbTable<uint8_t, 513> table = {};
   for (uint32_t i = 0; i < 256; ++i) {
     table[i] = static_cast<uint8_t>(slotOf(distances(), i + 1));
     table[256 + i] = static_cast<uint8_t>(slotOf(distances(), i * 128 + 1));
   }
+  table[kNoDistance] = 30;
   return table;
 }
 
@@ -89,10 +92,9 @@ constexpr OrbLZ77Codes fixedCodes() {
   for (uint32_t symbol = 0; symbol < 286; ++symbol) codes.literal[symbol] = fixedLiteral(symbol);
   for (uint32_t symbol = 0; symbol < 30; ++symbol) codes.slot[symbol] = code(symbol, 5);
   for (uint32_t i = 0; i < 256; ++i) {
+    codes.joined[i] = codes.literal[i];
     const uint32_t length = slotOf(lengths(), i + 3);
-    codes.length[i] = withExtra(codes.literal[257 + length], lengths()[length], i + 3);
-    const uint32_t distance = slotOf(distances(), i + 1);
-    codes.distance[i] = withExtra(codes.slot[distance], distances()[distance], i + 1);
+    codes.joined[256 + i] = withExtra(codes.literal[257 + length], lengths()[length], i + 3);
   }
   return codes;
 }
@@ -100,9 +102,9 @@ constexpr OrbLZ77Codes fixedCodes() {
 }  // namespace
 
 constexpr OrbTable<OrbDeflateSlot, 29> orbDeflateLength = lengths();
-constexpr OrbTable<OrbDeflateSlot, 30> orbDeflateDistance = distances();
+constexpr OrbTable<OrbDeflateSlot, 31> orbDeflateDistance = distances();
 constexpr OrbTable<uint16_t, 512> orbDeflateSymbol = symbols();
-constexpr OrbTable<uint8_t, 512> orbDeflateDistanceSymbol = distanceSymbols();
+constexpr OrbTable<uint8_t, 513> orbDeflateDistanceSymbol = distanceSymbols();
 constexpr OrbTable<uint8_t, 19> orbDeflateCodeLengthOrder = codeLengthOrder();
 constexpr OrbLZ77Codes orbDeflateFixedCodes = fixedCodes();
 

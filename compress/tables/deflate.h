@@ -19,14 +19,16 @@ struct OrbDeflateSlot {
 // symbol 284 too, and never is.
 extern const OrbTable<OrbDeflateSlot, 29> orbDeflateLength;
 
-// The distances of symbols 0 to 29.
-extern const OrbTable<OrbDeflateSlot, 30> orbDeflateDistance;
+// The distances of symbols 0 to 29, and behind them that of no distance, which takes no bits.
+extern const OrbTable<OrbDeflateSlot, 31> orbDeflateDistance;
 
 // The symbol of a literal, and in the second half that of a length, by length - 3.
 extern const OrbTable<uint16_t, 512> orbDeflateSymbol;
 
-// The symbol of a distance d: by d - 1 up to 256, and above by (d - 1) / 128 in the second half.
-extern const OrbTable<uint8_t, 512> orbDeflateDistanceSymbol;
+// The symbol of a distance d: by d - 1 up to 256, and above by 256 + (d - 1) / 128; the last is
+// that of no distance.
+constexpr uint32_t kNoDistance = 512;
+extern const OrbTable<uint8_t, 513> orbDeflateDistanceSymbol;
 
 // The order in which a block header sends the lengths of the code-length alphabet.
 extern const OrbTable<uint8_t, 19> orbDeflateCodeLengthOrder;
