@@ -48,6 +48,7 @@ struct [[gnu::packed]] OrbLZ77EncState {
 
   Orb32s position;    // of the next byte
   Orb32s windowFill;  // where that byte is to lie in `window`, 0 to 65278
+  Orb32s gapless;     // how many positions in front are entered in the tables, all or at most 32768
 
   // Bits of the stream that are not yet written, and what they were in front of the block header.
   // Counts may exceed 64: the bits above are zeros.
@@ -72,7 +73,7 @@ struct [[gnu::packed]] OrbLZ77EncState {
   Orb8u tail[8];
   OrbLZ77Codes codes;
   Orb8u header[296];
-  Orb8u unused[2668];
+  Orb8u unused[2664];
 };
 static_assert(sizeof(OrbLZ77EncState) == 598508, "the size that hosts allocate");
 

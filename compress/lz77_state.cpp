@@ -92,6 +92,7 @@ OrbStatus ORB_CALL orbsEncodeLZ77Init_8u(OrbLZ77Level level, OrbLZ77Checksum che
   const bool isKnown = level == orbLZ77LevelFast || level == orbLZ77LevelLazy;
   pState->level = isKnown ? level : orbLZ77LevelChain;
   pState->checksumKind = checksumKind;
+  pState->gapless = kernel::kHistory;
   fillEmpty(pState->head);
   fillEmpty(pState->prev);
   return orbStsNoErr;
@@ -119,6 +120,7 @@ OrbStatus ORB_CALL orbsEncodeLZ77Reset_8u(OrbLZ77EncState* pState) {
   pState->lastFlush = orbLZ77FlushNone;
   pState->position = 0;
   pState->windowFill = 0;
+  pState->gapless = kernel::kHistory;
   pState->bitAcc = 0;
   pState->bitCount = 0;
   pState->selectedMode = 0;

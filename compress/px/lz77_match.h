@@ -82,6 +82,8 @@ inline Orb32u load32(const Orb8u* bytes) {
 // Those that a distance of deflate reaches. The largest, 32768, is never used: it would be that of
 // a position whose place in the chains is taken by the present one.
 struct InWindow {
+  static constexpr bool kChainsAreWhole = true;
+
   explicit InWindow(Orb32s) {}
   bool counts(Orb32s candidate, Orb32u position) const {
     return position - static_cast<Orb32u>(candidate) - 1 < kHistory - 1;
@@ -91,6 +93,8 @@ struct InWindow {
 // Those of this call, but for position 0. Calls begin at 0; in front of the beginning of another
 // there is nothing to be read.
 struct InCall {
+  static constexpr bool kChainsAreWhole = false;
+
   Orb32s first;
 
   explicit InCall(Orb32s start) : first(start < 1 ? 1 : start) {}
@@ -114,6 +118,7 @@ struct Search {
   const Orb8u* window;  // where the source begins in the window, too: behind the history
   Orb32u start;         // the position of the first byte
   Reach reach;
+  ptrdiff_t gapless;   // how many positions in front of `start` are entered without a gap
   OrbLZ77Pair* pairs;  // where the next pair goes
   OrbLZ77Pair* pairsEnd;
 
@@ -138,15 +143,35 @@ struct Search {
   // The longest match at i that is longer than `best`, which is at least 2, and no longer than
   // `limit`, among the first `tries` of a chain; of equals the first. If there is none, a match of
   // length `best` and any distance.
+  //
+  // With kRace a chain of other candidates is followed beside the first, that of the three bytes in
+  // which a longer match would end. It has every place with a longer match, if all positions have
+  // been entered that it could be found by; and it is often much shorter. If it ends first, and
+  // none of its places has a longer match, there is none.
+  template <bool kRace>
   Match longest(ptrdiff_t i, Orb32s candidate, Orb32s best, Orb32s limit, Orb32s tries) const {
     Match found = {best, 0};
     const Orb32u here = position(i);
     if (limit <= best || !reach.counts(candidate, here)) return found;
+    const bool isComplete = kRace && gapless + i >= kHistory;
     // To be longer a match has to agree in its bytes from `tail` on, as many as the mask says.
-    ptrdiff_t tail = best - 3 < 0 ? 0 : best - 3;
-    Orb32u mask = best == 2 ? 0xFFFFFF : 0xFFFFFFFF;
-    Orb32u wanted = load32(src + i + tail) & mask;
-    do {
+    ptrdiff_t tail = 0;
+    Orb32u mask = 0xFFFFFF;
+    Orb32u wanted = load32(src + i) & mask;
+    bool isRacing = false;
+    Orb32s rival = kEmpty;
+    const auto beat = [&](Orb32s longer) {
+      tail = longer - 3;
+      mask = 0xFFFFFFFF;
+      wanted = load32(src + i + tail);
+      isRacing = isComplete;
+      if (!isRacing) return;
+      MixHash hash;
+      for (ptrdiff_t k = tail + 1; k <= longer; ++k) hash.roll(src[i + k]);
+      rival = state.head.at[hash.value()];
+    };
+    if (best > 2) beat(best);
+    for (;;) {
       const Orb32u distance = here - static_cast<Orb32u>(candidate);
       candidate = state.prev.at[static_cast<Orb32u>(candidate) % kHistory];
       const Orb8u* const other = behind(i, distance);
@@ -155,12 +180,23 @@ struct Search {
         if (equal > found.length) {
           found = {equal, distance};
           if (equal == limit) break;
-          tail = equal - 3;
-          mask = 0xFFFFFFFF;
-          wanted = load32(src + i + tail);
+          beat(equal);
         }
       }
-    } while (reach.counts(candidate, here) && --tries != 0);
+      if (!reach.counts(candidate, here) || --tries == 0) break;
+      if (!isRacing) continue;
+      const Orb32u offset = static_cast<Orb32u>(tail) + 1;
+      if (reach.counts(rival, here + offset)) {
+        const Orb32u rivalDistance = here + offset - static_cast<Orb32u>(rival);
+        rival = state.prev.at[static_cast<Orb32u>(rival) % kHistory];
+        const Orb8u* const rivalText = behind(i, rivalDistance);
+        isRacing = load32(rivalText + tail) != wanted ||
+                   equalBytes(src + i, rivalText, limit) <= found.length;
+      } else if (here - static_cast<Orb32u>(candidate) > offset) {
+        // What is nearer may end in bytes that are not entered yet.
+        break;
+      }
+    }
     return found;
   }
 
@@ -207,7 +243,7 @@ struct Search {
     while (i < length - 2 && hasRoom()) {
       hash.roll(src[i + 2]);
       const Orb32s candidate = enterChain(state, hash.value(), position(i));
-      const Match match = longest(i, candidate, kMinMatch - 1, maxLength(i, 2), 16);
+      const Match match = longest<false>(i, candidate, kMinMatch - 1, maxLength(i, 2), 16);
       if (match.length < kMinMatch) {
         putLiteral(i++);
         continue;
@@ -228,6 +264,7 @@ struct Search {
 
   // A match is only taken if there is no longer one at the next byte.
   ptrdiff_t searchLazy() {
+    constexpr bool kRace = Reach::kChainsAreWhole;
     ptrdiff_t i = 0;
     if (length <= 3) return i;
     MixHash hash;  // at the loop's head, of the bytes at i
@@ -238,12 +275,13 @@ struct Search {
     bool needSearch = true;
     while (i < length - 3 && hasRoom()) {
       const Orb32s candidate = enterChain(state, hash.value(), position(i));
-      if (needSearch) match = longest(i, candidate, kMinMatch - 1, maxLength(i, 3), 512);
+      if (needSearch) match = longest<kRace>(i, candidate, kMinMatch - 1, maxLength(i, 3), 512);
       hash.roll(src[i + 3]);
       // The next match is only asked for its length if it is to be longer.
       const bool worthIt = isWorthIt(match);
-      const Match next = longest(i + 1, state.head.at[hash.value()],
-                                 worthIt ? match.length : kMinMatch - 1, maxLength(i + 1, 3), 512);
+      const Match next =
+          longest<kRace>(i + 1, state.head.at[hash.value()], worthIt ? match.length : kMinMatch - 1,
+                         maxLength(i + 1, 3), 512);
       needSearch = worthIt && next.length == match.length;
       if (!needSearch) {
         putLiteral(i++);
@@ -264,6 +302,8 @@ struct Search {
     ptrdiff_t i = state.level == orbLZ77LevelFast   ? searchFast()
                   : state.level == orbLZ77LevelLazy ? searchLazy()
                                                     : searchChain();
+    gapless += i;
+    if (i < length && hasRoom()) gapless = 0;
     while (i < length && hasRoom()) putLiteral(i++);
     return i;
   }
@@ -326,9 +366,11 @@ inline Orb32s orbSearch(OrbLZ77EncState& state, const Orb8u* src, Orb32s length,
                           state.window + state.windowFill,
                           static_cast<Orb32u>(state.position),
                           Reach(state.position),
+                          state.gapless,
                           pairs,
                           pairs + room};
   const Orb32s used = static_cast<Orb32s>(search.run());
+  state.gapless = static_cast<Orb32s>(search.gapless < kHistory ? search.gapless : kHistory);
   store(ppPairs, search.pairs);
   store(pPairsLen, room - static_cast<Orb32s>(search.pairs - pairs));
   return used;
@@ -348,6 +390,7 @@ inline void orbSetHistory(OrbLZ77EncState& state, const Orb8u* text, Orb32s leng
   __builtin_memcpy(state.window, text, static_cast<size_t>(length));
   state.windowFill = length;
   state.position = length;
+  state.gapless = 0;
   const auto enterAll = [&](auto hash, auto enter) {
     hash.roll(text[0]);
     hash.roll(text[1]);
