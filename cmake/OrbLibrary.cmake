@@ -4,6 +4,7 @@ set(ORB_FRAME_SOURCES
     compress/tables/crc32.cpp
     compress/tables/deflate.cpp
     compress/tables/hash_mix.cpp
+    compress/tables/inflate.cpp
     frame/cpu.cpp
     frame/dispatch.cpp
     frame/library.cpp
@@ -17,6 +18,9 @@ set(ORB_FRAME_SOURCES
 set(ORB_ENTRY_SOURCES
     compress/lz77_block.cpp
     compress/lz77_match.cpp
+    compress/inflate_blocks.cpp
+    compress/inflate_pairs.cpp
+    compress/inflate_state.cpp
     compress/lz77_state.cpp
     jpeg/color.cpp
     jpeg/dct.cpp

@@ -9,6 +9,7 @@
 
 #include <stdint.h>
 
+#include "compress/tables/inflate.h"
 #include "orb90legacy/compress.h"
 
 // The part that the accessors of both records share, at the start of each.
@@ -77,47 +78,52 @@ struct [[gnu::packed]] OrbLZ77EncState {
 };
 static_assert(sizeof(OrbLZ77EncState) == 598508, "the size that hosts allocate");
 
-// An entry of a decoding table.
-struct [[gnu::packed]] OrbLZ77DecEntry {
-  Orb8u op;
-  Orb8u bits;
-  Orb16u value;
+// The header of a dynamic block while it is being read.
+struct [[gnu::packed]] OrbLZ77DecHeader {
+  orb::OrbInflateEntry lengthTable[1 << orb::kInflateLengthRoot];
+  // By symbol, in the first 19 those of the code for code lengths; then the block's own, literals
+  // and lengths first, distances behind them.
+  Orb8u lens[orb::kInflateLiteralSymbols + orb::kInflateDistanceSymbols];
 };
 
 struct [[gnu::packed]] OrbLZ77DecState {
   OrbLZ77PairCursor cursor;
 
-  Orb32s checksumKind;
-  Orb32u bitAcc;
-  Orb32s bitCount;
-  Orb32s ringPos;
-  Orb32s windowFill;
+  Orb32s checksumKind;  // of no further use
+
+  Orb32u bitAcc;    // unread bits, the next one lowest, and 0 above them
+  Orb32s bitCount;  // 0 to 32
+
+  // The machine: where it stands in a block, and what it has read of the step that it is in.
   Orb32s decState;
-  Orb32s matchLength;
-  Orb32s extraBits;
-  Orb32s matchDistance;
+  Orb32s blockKind;
   Orb32s finalBlock;
   Orb32s streamEnded;
-  Orb32s blockKind;
-  Orb32s litTable;
-  Orb32s distTable;
-  Orb32s litRootBits;
-  Orb32s distRootBits;
   Orb32s clCount;
   Orb32s litCount;
   Orb32s distCount;
   Orb32s lenIndex;
-  Orb32s tableCursor;
+  Orb32s matchLength;
+  Orb32s matchDistance;
+  Orb32s extraBits;
+
+  // The rest of a match that its output had no room for.
   Orb32s pendingLength;
   Orb32s pendingDistance;
-  Orb8u unused[144];
 
+  Orb32s ringPos;     // where the next byte of the one-step route goes, 0 to 32767
+  Orb32s windowFill;  // the same for the two-step route, 0 to 32768
+
+  union {
+    OrbLZ77DecHeader header;
+    orb::OrbInflateEntry codes[orb::kInflateEntries];  // then the tables of the block
+  };
+  Orb8u unused[204];
+
+  // What came before the next call's output. On the one-step route a ring of 32768 bytes, on the
+  // two-step route the bytes in front of `windowFill`.
   Orb8u window[65536];
   OrbLZ77Pair pairs[8192];
-  Orb8u tail[8];
-  Orb16u lens[320];
-  Orb16u work[288];
-  OrbLZ77DecEntry codes[1440];
 };
 static_assert(sizeof(OrbLZ77DecState) == 105544, "the size that hosts allocate");
 

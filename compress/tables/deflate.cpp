@@ -1,36 +1,16 @@
 #include "compress/tables/deflate.h"
 
+#include "compress/tables/deflate_rules.h"
+
 namespace orb {
 namespace {
 
-// Slots follow one another without a gap: `perExtra` symbols for each number of extra bits, and
-// twice as many for none.
-template <uint32_t kSlots>
-constexpr OrbTable<OrbDeflateSlot, kSlots> slots(uint32_t first, uint32_t perExtra) {
-  OrbTable<OrbDeflateSlot, kSlots> table = {};
-  uint32_t base = first;
-  for (uint32_t i = 0; i < kSlots; ++i) {
-    const uint32_t extraBits = i < 2 * perExtra ? 0 : i / perExtra - 1;
-    table[i] = {static_cast<uint16_t>(base), static_cast<uint16_t>(extraBits)};
-    base += 1u << extraBits;
-  }
-  return table;
-}
-
-constexpr OrbTable<OrbDeflateSlot, 29> lengths() {
-  OrbTable<OrbDeflateSlot, 29> table = slots<29>(3, 4);
-  table[28] = {258, 0};
-  return table;
-}
-
+// With a last slot that begins behind all distances, for none.
 constexpr OrbTable<OrbDeflateSlot, 31> distances() {
-  OrbTable<OrbDeflateSlot, 31> table = slots<31>(1, 2);
+  OrbTable<OrbDeflateSlot, 31> table = orbDeflateSlots<31>(1, 2);
   table[30] = {32769, 0};
   return table;
 }
-
-static_assert(lengths()[27].base == 227 && lengths()[27].extraBits == 5, "symbol 284");
-static_assert(distances()[29].base == 24577 && distances()[29].extraBits == 13, "the last one");
 
 // The last slot that begins at or below the value.
 template <size_t kSlots>
@@ -44,7 +24,7 @@ constexpr OrbTable<uint16_t, 512> symbols() {
   OrbTable<uint16_t, 512> table = {};
   for (uint32_t i = 0; i < 256; ++i) {
     table[i] = static_cast<uint16_t>(i);
-    table[256 + i] = static_cast<uint16_t>(257 + slotOf(lengths(), i + 3));
+    table[256 + i] = static_cast<uint16_t>(257 + slotOf(orbDeflateLengthSlots(), i + 3));
   }
   return table;
 }
@@ -69,39 +49,27 @@ constexpr OrbTable<uint8_t, 19> codeLengthOrder() {
   return order;
 }
 
-// A code of `length` bits, whose highest bit is written first.
-constexpr OrbLZ77Code code(uint32_t value, uint32_t length) {
-  uint32_t bits = 0;
-  for (uint32_t i = 0; i < length; ++i) bits |= (value >> i & 1) << (length - 1 - i);
-  return {bits, length};
-}
-
-constexpr OrbLZ77Code fixedLiteral(uint32_t symbol) {
-  if (symbol < 144) return code(0x30 + symbol, 8);
-  if (symbol < 256) return code(0x190 + symbol - 144, 9);
-  if (symbol < 280) return code(symbol - 256, 7);
-  return code(0xC0 + symbol - 280, 8);
-}
-
 constexpr OrbLZ77Code withExtra(OrbLZ77Code symbol, OrbDeflateSlot slot, uint32_t value) {
   return {symbol.bits | (value - slot.base) << symbol.length, symbol.length + slot.extraBits};
 }
 
 constexpr OrbLZ77Codes fixedCodes() {
   OrbLZ77Codes codes = {};
-  for (uint32_t symbol = 0; symbol < 286; ++symbol) codes.literal[symbol] = fixedLiteral(symbol);
-  for (uint32_t symbol = 0; symbol < 30; ++symbol) codes.slot[symbol] = code(symbol, 5);
+  for (uint32_t symbol = 0; symbol < 286; ++symbol)
+    codes.literal[symbol] = orbDeflateFixedLiteral(symbol);
+  for (uint32_t symbol = 0; symbol < 30; ++symbol) codes.slot[symbol] = orbDeflateCode(symbol, 5);
   for (uint32_t i = 0; i < 256; ++i) {
     codes.joined[i] = codes.literal[i];
-    const uint32_t length = slotOf(lengths(), i + 3);
-    codes.joined[256 + i] = withExtra(codes.literal[257 + length], lengths()[length], i + 3);
+    const uint32_t length = slotOf(orbDeflateLengthSlots(), i + 3);
+    codes.joined[256 + i] =
+        withExtra(codes.literal[257 + length], orbDeflateLengthSlots()[length], i + 3);
   }
   return codes;
 }
 
 }  // namespace
 
-constexpr OrbTable<OrbDeflateSlot, 29> orbDeflateLength = lengths();
+constexpr OrbTable<OrbDeflateSlot, 29> orbDeflateLength = orbDeflateLengthSlots();
 constexpr OrbTable<OrbDeflateSlot, 31> orbDeflateDistance = distances();
 constexpr OrbTable<uint16_t, 512> orbDeflateSymbol = symbols();
 constexpr OrbTable<uint8_t, 513> orbDeflateDistanceSymbol = distanceSymbols();

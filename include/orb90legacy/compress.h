@@ -287,8 +287,192 @@ ORB_API OrbStatus ORB_CALL legacy90orbsEncodeLZ77Flush_8u(Orb8u** ppDst, Orb32s*
                                                           OrbLZ77EncState* pState);
 
 /* ------------------------------------------------------------------------------------------------
- * Deflate decoding
+ * Deflate decoding (RFC 1951)
+ *
+ * A decoder goes block by block, and stops wherever its source or its output ends, at any bit and
+ * any byte. Two routes lead from bits to bytes, and a stream keeps to one of them, since each has
+ * its own memory of what came before:
+ *
+ * - in one step: FixedHuffFull, DynamicHuffFull and StoredBlock write bytes;
+ * - in two steps: FixedHuff, DynamicHuff and StoredHuff write pairs, and DecodeLZ77 makes bytes of
+ *   pairs.
+ *
+ * The host's loop: GetBlockType tells the kind of the next block, and the coder of that kind is
+ * called until it returns orbStsNoErr, which ends the block, or orbStsStreamEnd, which ends the
+ * stream. In between it returns
+ *
+ * - orbStsSrcShort: the source is used up, and the call is to be repeated with what follows it;
+ * - orbStsDstFull: the room is used up, and the call is to be repeated with more;
+ * - orbStsSizeErr: the stream is bad. Cursors and output stand where this came to light, and only
+ *   Reset leads on.
+ *
+ * Between blocks a coder may also be called without GetBlockType. It then reads the header itself.
+ * If that is the header of another kind of block, or if the decoder is in the middle of a block of
+ * another kind, it returns orbStsErr and has changed nothing.
+ *
+ * Sources, outputs and pair lists are given by the address of a pointer and of a length. Both move
+ * on by what was taken or written, and that is the same for every build and however the source is
+ * cut into calls: a byte of the source is taken only when one of its bits is needed. Room that is
+ * left over may have been written to. A match reaches as far back as its distance says, also in
+ * front of the first byte of the stream: there it finds a dictionary, or else whatever the record
+ * holds, but never memory outside of it.
+ *
+ * Codes are checked more strictly than RFC 1951 asks for: each has to be complete, so that a block
+ * without distances, or with a single one, is bad. Only a literal code of a single symbol is taken
+ * as it is, up to 10 bits long. The symbols 286 and 287, and the distances 30 and 31, may have
+ * codes but may not occur.
  * ---------------------------------------------------------------------------------------------- */
+
+/* Stores the size of a decoder's record in bytes: 105544.
+ *
+ * Returns orbStsNullPtrErr.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77GetSize_8u(Orb32s* pSize);
+
+/* Makes a record: at the start of a stream, in phase orbLZ77PhaseInit, its pair cursor at the start
+ * of its own list. The checksum's kind is kept, and nothing is done with it: the decoder verifies
+ * no checksum. The memory for what came before is left as it is.
+ *
+ * Returns orbStsNullPtrErr.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77Init_8u(OrbLZ77Checksum checksumKind,
+                                                         OrbLZ77DecState* pState);
+
+/* The same in a record that the library allocates, at a multiple of 64 bytes.
+ *
+ * Returns orbStsNullPtrErr; orbStsMemAllocErr if the allocation fails, with nothing stored.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77InitAlloc_8u(OrbLZ77Checksum checksumKind,
+                                                              OrbLZ77DecState** ppState);
+
+/* Goes to the start of a new stream, whatever has happened before, in phase orbLZ77PhaseInit. The
+ * pair cursor counts anew, 0 done and 8192 left, but stays in the list in which it stands.
+ *
+ * Returns orbStsNullPtrErr.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77Reset_8u(OrbLZ77DecState* pState);
+
+/* Sets what came before the stream, for either route: the last 32768 bytes of the dictionary, or
+ * all of it. To be called behind Init or Reset.
+ *
+ * Returns orbStsNullPtrErr for either pointer; orbStsSizeErr if dictLen is below 1.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77SetDictionary_8u(const Orb8u* pDict,
+                                                                  Orb32s dictLen,
+                                                                  OrbLZ77DecState* pState);
+
+/* Makes one decoder like another, at any point of a stream. The destination has to be a record that
+ * was made by Init: of its own it keeps the address of its pair list. The pairs in the source's own
+ * list are copied to its own, and so are the counts of the cursor.
+ *
+ * Returns orbStsNullPtrErr for either pointer.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77CopyState_8u(const OrbLZ77DecState* pSrcState,
+                                                              OrbLZ77DecState* pDstState);
+
+/* Sets the phase, which is the host's alone.
+ *
+ * Returns orbStsNullPtrErr.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77SetStatus_8u(OrbLZ77Phase phase,
+                                                              OrbLZ77DecState* pState);
+
+/* Stores the kind of the block that the decoder is in, or between blocks, that of the next one,
+ * whose 3 header bits it takes. At a block of the reserved type it takes them too, but stores
+ * nothing and stays between blocks.
+ *
+ * A negative length of the source counts as 0.
+ *
+ * Returns orbStsNullPtrErr for any pointer, *ppSrc among them; orbStsSrcShort.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77GetBlockType_8u(Orb8u** ppSrc, Orb32s* pSrcLen,
+                                                                 OrbLZ77BlockMode* pBlockMode,
+                                                                 OrbLZ77DecState* pState);
+
+/* Decode a block of the fixed or a dynamic code to pairs. A pair is written when it is complete.
+ *
+ * At the end of the stream the source stands behind the last byte of the deflate data: whole bytes
+ * that were taken and are not of it go back, also those that came from an earlier call.
+ *
+ * With flush orbLZ77FlushSync or orbLZ77FlushRestart nothing is decoded. From the next byte
+ * boundary on the source is searched for the bytes 0, 0, 255, 255, which end what such a flush has
+ * written. They are taken from the source but stay in the record, so that a repeated call finds
+ * them again; from there only Reset leads on. Every other flush means to decode.
+ *
+ * Returns orbStsNullPtrErr for a pointer, but *ppSrc and *ppPairs are not looked at; orbStsSizeErr
+ * if *pSrcLen or *pPairsLen is negative. In a search, orbStsNoErr if it found, orbStsSrcShort if it
+ * did not. Else orbStsDstFull if *pPairsLen is 0, and then as it comes orbStsNoErr,
+ * orbStsStreamEnd, orbStsSrcShort, orbStsDstFull (also if all that is left to be read is the end of
+ * the block), orbStsSizeErr, orbStsErr.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77FixedHuff_8u(Orb8u** ppSrc, Orb32s* pSrcLen,
+                                                              OrbLZ77Pair** ppPairs,
+                                                              Orb32s* pPairsLen, OrbLZ77Flush flush,
+                                                              OrbLZ77DecState* pState);
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77DynamicHuff_8u(Orb8u** ppSrc, Orb32s* pSrcLen,
+                                                                OrbLZ77Pair** ppPairs,
+                                                                Orb32s* pPairsLen,
+                                                                OrbLZ77Flush flush,
+                                                                OrbLZ77DecState* pState);
+
+/* Makes a literal of each byte of a stored block. It reads the block's header itself: behind
+ * GetBlockType, which leads to orbsDecodeLZ77StoredBlock_8u, it returns orbStsErr.
+ *
+ * Returns orbStsNullPtrErr for any pointer, *ppSrc and *ppPairs among them; orbStsSizeErr if
+ * *pSrcLen or *pPairsLen is negative; then as it comes orbStsNoErr, orbStsStreamEnd, orbStsDstFull
+ * before orbStsSrcShort, orbStsSizeErr if the length and its complement differ, orbStsErr. The
+ * header and the length of the block are read even without room for a pair.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77StoredHuff_8u(Orb8u** ppSrc, Orb32s* pSrcLen,
+                                                               OrbLZ77Pair** ppPairs,
+                                                               Orb32s* pPairsLen,
+                                                               OrbLZ77DecState* pState);
+
+/* Makes bytes of pairs. The first word of a pair may be anything: a literal is its low 8 bits, a
+ * match as many bytes as it says. The pairs may come from anywhere. Flush is not looked at.
+ *
+ * A match that the room cuts is among the pairs that are done. Its rest waits in the record for the
+ * next call that brings pairs, and goes in front of them.
+ *
+ * Returns orbStsNullPtrErr for a pointer, but *ppPairs and *ppDst are not looked at; orbStsSizeErr
+ * if *pDstLen or *pPairsLen is negative; orbStsNoErr without pairs, even if the rest of a match
+ * waits; orbStsDstFull if *pDstLen is 0; then orbStsDstFull if a pair or a part of one is left;
+ * orbStsStreamEnd if a coder has met the end of the final block, other than a stored one; else
+ * orbStsNoErr. Behind orbStsStreamEnd what came before is not kept up to date.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77_8u(OrbLZ77Pair** ppPairs, Orb32s* pPairsLen,
+                                                     Orb8u** ppDst, Orb32s* pDstLen,
+                                                     OrbLZ77Flush flush, OrbLZ77DecState* pState);
+
+/* Decode a block of the fixed or a dynamic code to bytes. A match that the room cuts goes on in the
+ * next call. Flush is not looked at. At the end of the stream the source stands as it does behind
+ * orbsDecodeLZ77FixedHuff_8u, and what came before is not kept up to date.
+ *
+ * Returns orbStsNullPtrErr for any pointer, *ppSrc and *ppDst among them; orbStsSizeErr if *pSrcLen
+ * or *pDstLen is negative; orbStsDstFull if *pDstLen is 0; then as it comes orbStsNoErr,
+ * orbStsStreamEnd, orbStsSrcShort, orbStsDstFull (also if all that is left to be read is the end of
+ * the block), orbStsSizeErr, orbStsErr.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77FixedHuffFull_8u(Orb8u** ppSrc, Orb32s* pSrcLen,
+                                                                  Orb8u** ppDst, Orb32s* pDstLen,
+                                                                  OrbLZ77Flush flush,
+                                                                  OrbLZ77DecState* pState);
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77DynamicHuffFull_8u(Orb8u** ppSrc, Orb32s* pSrcLen,
+                                                                    Orb8u** ppDst, Orb32s* pDstLen,
+                                                                    OrbLZ77Flush flush,
+                                                                    OrbLZ77DecState* pState);
+
+/* Copies the bytes of a stored block, whose header GetBlockType has read: elsewhere, also between
+ * blocks, it returns orbStsErr.
+ *
+ * Returns orbStsNullPtrErr for any pointer, *ppSrc and *ppDst among them; orbStsDstFull if *pDstLen
+ * is below 1; then as it comes orbStsNoErr, orbStsStreamEnd, orbStsDstFull before orbStsSrcShort,
+ * orbStsSizeErr if the length and its complement differ, orbStsErr. A negative length of the source
+ * counts as 0.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77StoredBlock_8u(Orb8u** ppSrc, Orb32s* pSrcLen,
+                                                                Orb8u** ppDst, Orb32s* pDstLen,
+                                                                OrbLZ77DecState* pState);
 
 #ifdef __cplusplus
 }
