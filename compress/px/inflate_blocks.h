@@ -89,9 +89,12 @@ inline bool lookUp(BitSource& in, const OrbInflateEntry* table, Orb32u entries, 
       entry = linkedEntry(table, entries, entry, in.bits >> rootBits);
       codeBits += codeBitsOf(entry);
     }
-    // Longer codes stand in a damaged record only.
-    if (codeBits > kLongestCode) entry = kInflateSpecial;
-    if (codeBits <= in.count || codeBits > kLongestCode) return true;
+    if (codeBits - 1 >= kLongestCode) {
+      // Of no bits or too many: that stands in a damaged record only.
+      entry = kInflateSpecial;
+      return true;
+    }
+    if (codeBits <= in.count) return true;
     if (!in.need(in.count + 1)) return false;
   }
 }
@@ -120,7 +123,7 @@ inline OrbStatus readCodeLengths(OrbLZ77DecState& state, BitSource& in) {
     lens[orbDeflateCodeLengthOrder[static_cast<size_t>(index)]] = static_cast<Orb8u>(in.take(3));
   }
   state.lenIndex = index;
-  const CodeLengths code(lens, kSymbols);
+  const CodeLengths code(lens, kInflateLengthSymbols);
   if (!code.isComplete()) return orbStsSizeErr;
   orbMakeInflateTable(code, &orbInflateLengths[0], kInflateLengthRoot, state.header.lengthTable);
   state.lenIndex = 0;
@@ -172,9 +175,9 @@ inline OrbStatus readLengths(OrbLZ77DecState& state, BitSource& in) {
   // The tables will stand where the lengths do, so nothing is made before all is known to be sound.
   Orb8u lens[sizeof state.header.lens];
   __builtin_memcpy(lens, state.header.lens, sizeof lens);
-  const CodeLengths literalCode(lens, literals);
-  const CodeLengths distanceCode(lens + literals, distances);
-  const Orb32s single = literalCode.single();
+  const CodeLengths literalCode(lens, static_cast<Orb32u>(literals));
+  const CodeLengths distanceCode(lens + literals, static_cast<Orb32u>(distances));
+  const Orb32u single = literalCode.single();
   const bool isSound = single != 0 ? single <= kLongestSingleCode : literalCode.isComplete();
   if (!isSound || !distanceCode.isComplete()) return orbStsSizeErr;
   orbMakeInflateTable(distanceCode, &orbInflateDistances[0], kInflateDistanceRoot, state.codes);
@@ -285,6 +288,7 @@ template <class Output>
       }
     }
     const Orb32u length = bits.takeBase(entry);
+    if (length == 0) break;  // in a damaged record only, but there for ever
 
     if (!FastBits::kHoldsMatch) bits.refill();
     entry = distances[bits.peek(kInflateDistanceRoot)].word;

@@ -174,8 +174,9 @@ struct ByteOutput {
   }
 
   // The same to the byte, and from the history too. By value, so that callers' outputs stay in
-  // registers.
+  // registers. A distance of 0 stands in a damaged record only, and counts as 1.
   [[gnu::noinline]] static ByteOutput withMatch(ByteOutput out, Orb32u length, Orb32u distance) {
+    if (distance == 0) distance = 1;
     const Orb32u room = static_cast<Orb32u>(out.end - out.at);
     Orb32u n = length < room ? length : room;
     out.pendingLength = length - n;
@@ -187,9 +188,9 @@ struct ByteOutput {
       out.at = copyFromHistory(out.history, back, before, out.at);
       n -= before;
     }
-    // Each step doubles what can be repeated at once. Only a damaged record has distances of 0.
+    // Each step doubles what can be repeated at once.
     const Orb8u* const from = out.at - distance;
-    while (n > 0 && distance > 0) {
+    while (n > 0) {
       const Orb32u whole = static_cast<Orb32u>(out.at - from);
       const Orb32u step = n < whole ? n : whole;
       __builtin_memcpy(out.at, from, step);

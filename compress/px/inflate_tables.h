@@ -7,9 +7,9 @@
 
 namespace orb::ORB_BUILD::plain {
 
-constexpr Orb32s kLongestCode = 15;
+constexpr Orb32u kLongestCode = 15;
 // A code of one symbol that is longer than this is refused.
-constexpr Orb32s kLongestSingleCode = 10;
+constexpr Orb32u kLongestSingleCode = 10;
 
 inline bool isLiteral(Orb32u entry) {
   return (entry & kInflateLiteral) != 0;
@@ -45,93 +45,94 @@ inline Orb32u linkedEntry(const OrbInflateEntry* table, Orb32u entries, Orb32u l
 // The symbols of a code, counted by length.
 struct CodeLengths {
   const Orb8u* lengths;  // by symbol, 0 for one without a code
-  Orb32s symbols;
+  Orb32u symbols;
   Orb16u count[kLongestCode + 1] = {};
 
-  CodeLengths(const Orb8u* lens, Orb32s n) : lengths(lens), symbols(n) {
-    for (Orb32s i = 0; i < n; ++i) ++count[lengths[i] & 15];
+  CodeLengths(const Orb8u* lens, Orb32u n) : lengths(lens), symbols(n) {
+    for (Orb32u i = 0; i < n; ++i) ++count[lengthOf(i)];
   }
+  Orb32u lengthOf(Orb32u symbol) const { return lengths[symbol] & kLongestCode; }
 
-  // Whether the code is complete: every sequence of bits begins with one of its codes, and with no
-  // more than one.
+  // Whether every sequence of bits begins with one of the codes, and with no more than one.
   bool isComplete() const {
     Orb32s unused = 1;
-    for (Orb32s length = 1; length <= kLongestCode; ++length) {
+    for (Orb32u length = 1; length <= kLongestCode; ++length) {
       unused = unused * 2 - count[length];
       if (unused < 0) return false;
     }
     return unused == 0;
   }
   // The length of the only code there is, or 0.
-  Orb32s single() const {
+  Orb32u single() const {
     if (symbols - count[0] != 1) return 0;
-    Orb32s length = 1;
+    Orb32u length = 1;
     while (count[length] == 0) ++length;
     return length;
   }
 };
 
-// Makes the table of a complete code, or of a single one of no more bits than the root, whose other
-// entries then are those of no symbol.
+// The next code of so many bits, the first bit lowest: the carry goes from the last to the first.
+inline Orb32u nextCode(Orb32u code, Orb32u length) {
+  Orb32u bit = 1u << (length - 1);
+  while ((code & bit) != 0) bit >>= 1;
+  return bit != 0 ? (code & (bit - 1)) | bit : 0;
+}
+
+// Makes the table of a complete code; or of a single one of no more bits than the root, in which
+// every other entry is that of no symbol.
 inline void orbMakeInflateTable(const CodeLengths& code, const Orb32u* symbolEntries,
-                                Orb32s rootBits, OrbInflateEntry* table) {
-  // The symbols by length.
+                                Orb32u rootBits, OrbInflateEntry* table) {
+  // The symbols in the order of their codes.
   Orb16u sorted[kInflateLiteralSymbols];
-  Orb16u next[kLongestCode + 1] = {};
-  for (Orb32s length = 1; length < kLongestCode; ++length) {
+  Orb16u next[kLongestCode + 2] = {};
+  for (Orb32u length = 1; length <= kLongestCode; ++length) {
     next[length + 1] = static_cast<Orb16u>(next[length] + code.count[length]);
   }
-  for (Orb32s i = 0; i < code.symbols; ++i) {
-    const Orb32s length = code.lengths[i] & 15;
+  for (Orb32u i = 0; i < code.symbols; ++i) {
+    const Orb32u length = code.lengthOf(i);
     if (length != 0) sorted[next[length]++] = static_cast<Orb16u>(i);
   }
 
-  const Orb32s single = code.single();
-  if (single != 0) {
-    for (Orb32u i = 0; i < 1u << rootBits; ++i) {
-      table[i].word = kInflateSpecial + static_cast<Orb32u>(single) * kInflateCodeBit;
+  // Codes of the root: a table of `length` bits holds all shorter ones once it is two tables of a
+  // bit less.
+  const Orb16u* symbol = sorted;
+  Orb32u index = 0;
+  table[0].word = kInflateSpecial + code.single() * kInflateCodeBit;
+  for (Orb32u length = 1; length <= rootBits; ++length) {
+    const Orb32u half = 1u << (length - 1);
+    __builtin_memcpy(table + half, table, half * sizeof *table);
+    for (Orb32u n = code.count[length]; n > 0; --n) {
+      table[index].word = symbolEntries[*symbol++] + length * kInflateCodeBit;
+      index = nextCode(index, length);
     }
   }
 
-  Orb16u left[kLongestCode + 1];  // codes that are still to come, by length
-  __builtin_memcpy(left, code.count, sizeof left);
-  const Orb32u rootMask = (1u << rootBits) - 1;
-  Orb32u end = 1u << rootBits;
-  Orb32u prefix = end;  // of the sub-table at hand; none so far
+  // Longer ones. Those that begin with the same bits as the root stand together.
+  const Orb32u rootSize = 1u << rootBits;
+  Orb32u prefix = rootSize;  // of the sub-table at hand: none so far
   Orb32u subTable = 0;
-  Orb32s subBits = 0;
-  Orb32u index = 0;  // the code, its first bit lowest
-  const Orb16u* symbol = sorted;
-  for (Orb32s length = 1; length <= kLongestCode; ++length) {
-    for (; left[length] > 0; --left[length]) {
-      Orb32u entry = symbolEntries[*symbol++];
-      if (length <= rootBits) {
-        entry += static_cast<Orb32u>(length) * kInflateCodeBit;
-        for (Orb32u i = index; i <= rootMask; i += 1u << length) table[i].word = entry;
-      } else {
-        if ((index & rootMask) != prefix) {
-          prefix = index & rootMask;
-          // As many bits as the codes to come with this prefix need.
-          subBits = length - rootBits;
-          for (Orb32s room = 1 << subBits; subBits < kLongestCode - rootBits; ++subBits) {
-            room -= left[rootBits + subBits];
-            if (room <= 0) break;
-            room <<= 1;
-          }
-          subTable = end;
-          end += 1u << subBits;
-          table[prefix].word = kInflateLink | subTable << 16 | static_cast<Orb32u>(subBits) << 8 |
-                               static_cast<Orb32u>(rootBits);
+  Orb32u subBits = 0;
+  Orb32u end = rootSize;
+  for (Orb32u length = rootBits + 1; length <= kLongestCode; ++length) {
+    for (Orb32u left = code.count[length]; left > 0; --left) {
+      if (index % rootSize != prefix) {
+        prefix = index % rootSize;
+        subTable = end;
+        // As many bits as it takes for the codes that are still to come to fill it.
+        subBits = length - rootBits;
+        for (Orb32u codes = left; codes < 1u << subBits;) {
+          ++subBits;
+          codes = codes * 2 + code.count[rootBits + subBits];
         }
-        entry += static_cast<Orb32u>(length - rootBits) * kInflateCodeBit;
-        for (Orb32u i = index >> rootBits; i < 1u << subBits; i += 1u << (length - rootBits)) {
-          table[subTable + i].word = entry;
-        }
+        end += 1u << subBits;
+        table[prefix].word = kInflateLink | subTable << 16 | subBits << 8 | rootBits;
       }
-      // The next code of this length, carried from its last bit to its first.
-      Orb32u bit = 1u << (length - 1);
-      while ((index & bit) != 0) bit >>= 1;
-      index = bit != 0 ? (index & (bit - 1)) | bit : 0;
+      const Orb32u subLength = length - rootBits;
+      const Orb32u entry = symbolEntries[*symbol++] + subLength * kInflateCodeBit;
+      for (Orb32u i = index / rootSize; i < 1u << subBits; i += 1u << subLength) {
+        table[subTable + i].word = entry;
+      }
+      index = nextCode(index, length);
     }
   }
 }
