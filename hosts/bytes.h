@@ -12,9 +12,10 @@ using Bytes = std::vector<uint8_t>;
 
 // Bytes that somebody else owns.
 struct ByteView {
-  const uint8_t* data;
-  size_t size;
+  const uint8_t* data = nullptr;
+  size_t size = 0;
 
+  ByteView() = default;
   ByteView(const uint8_t* first, size_t count) : data(first), size(count) {}
   ByteView(const Bytes& bytes) : data(bytes.data()), size(bytes.size()) {}
 

@@ -1,5 +1,4 @@
 // orb jpeg encode, orb jpeg decode.
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -15,6 +14,7 @@
 #include "hosts/jpeg/decode.h"
 #include "hosts/jpeg/encode.h"
 #include "hosts/jpeg/packed_decode.h"
+#include "hosts/stopwatch.h"
 #include "orb90legacy.h"
 
 namespace orbhost {
@@ -74,17 +74,7 @@ void parseLossless(const std::string& text, EncodeOptions& options) {
   options.lossless = lossless;
 }
 
-// What the codec alone takes, without files and their formats.
-class Stopwatch {
- public:
-  double seconds() const {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-  }
-
- private:
-  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-};
-
+// `seconds` is what the codec alone took, without files and their formats.
 template <class Picture>
 void printStats(size_t bytes, const Picture& image, double seconds) {
   const double pixels = static_cast<double>(image.width()) * image.height();
