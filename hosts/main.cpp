@@ -27,15 +27,21 @@ int main(int argc, char** argv) {
       "Examples:\n"
       "  orb jpeg encode --quality 90 photo.png photo.jpg\n"
       "  orb jpeg decode photo.jpg photo.ppm\n"
+      "  orb gzip --keep report.txt\n"
       "  orb jpeg encode --help\n\n"
-      "The exit status is 0 for success and 1 for any failure, which is explained in one line.");
+      "The exit status is 0 for success and 1 for any failure, which is explained in one line. "
+      "gzip and\ngunzip also know 2: a file was left as it is, or something behind its end was.");
   orbhost::addJpegCommand(program);
+  orbhost::addGzipCommand(program);
+  orbhost::addGunzipCommand(program);
 
   try {
     program.parse(argc, argv);
     return 0;
   } catch (const CLI::ParseError& error) {
     return program.exit(error) == 0 ? 0 : 1;
+  } catch (const orbhost::ExitStatus& status) {
+    return status.value;
   } catch (const std::bad_alloc&) {
     std::cerr << "orb: out of memory\n";
   } catch (const std::exception& error) {

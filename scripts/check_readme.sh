@@ -7,6 +7,7 @@ set -eu
 build=$(cd "$1" && pwd)
 shift
 cd "$(dirname "$0")/.."
+here=$PWD
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 sed -n '/^```c$/,/^```$/p' README.md | sed '/^```/d' >"$work/example.c"
@@ -42,3 +43,15 @@ while read -r arguments; do
 done <commands
 cmp deep.$png again.$png
 echo "$(wc -l <commands) commands of orb"
+
+# The lines of orb gzip and orb gunzip are a shell's.
+cd "$here"
+sed -n 's/^    \(.*orb g[un]*zip .*\)$/\1/p' README.md >"$work/commands.sh"
+cp README.md "$work/report.txt"
+cp README.md "$work/words.txt"
+head -n 20 README.md >"$work/page.html"
+cp -r frame "$work/src"
+cd "$work"
+PATH="$build:$PATH" sh -eux commands.sh
+cmp report.txt words.txt
+gzip -dc report.txt.gz | cmp - words.txt

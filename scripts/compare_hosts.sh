@@ -13,19 +13,25 @@ scripts/draw_scene.awk >"$work/scene.ppm"
 status=0
 same=0
 
-# same OUTPUT ARGUMENTS...: both run with the arguments, each in a directory of its own.
+# compare OUTPUT ARGUMENTS...: both run with the arguments, each in a directory of its own. What they
+# write to the standard output is the file stdout.
 mkdir "$work/reference" "$work/orb"
-same() {
+compare() {
   output=$1
   shift
-  (cd "$work/reference" && "$reference" jpeg "$@")
-  (cd "$work/orb" && "$orb" jpeg "$@")
+  (cd "$work/reference" && "$reference" "$@" >stdout)
+  (cd "$work/orb" && "$orb" "$@" >stdout)
   if cmp -s "$work/reference/$output" "$work/orb/$output"; then
     same=$((same + 1))
   else
-    echo "other bytes: orb jpeg $*"
+    echo "other bytes: orb $*"
     status=1
   fi
+}
+same() {
+  output=$1
+  shift
+  compare "$output" jpeg "$@"
 }
 
 # The same scene in 16 bits, and its bytes as those of four inks.
@@ -62,5 +68,21 @@ for colour in cmyk ycck; do
   same out.pam decode inks.jpg out.pam
   same out.ppm decode inks.jpg out.ppm
 done
+
+cat hosts/*.cpp hosts/*/*.cpp >"$work/text"
+for file in text scene.ppm; do
+  for level in fast chain lazy; do
+    for block in auto fixed dynamic stored; do
+      compare stdout gzip --no-name --level $level --block $block -c ../$file
+    done
+  done
+  for format in gzip zlib raw; do
+    compare stdout gzip --format $format -c ../$file
+    cp "$work/reference/stdout" "$work/coded"
+    compare stdout gunzip --format $format -c ../coded
+  done
+  compare stdout gzip --format zlib --dictionary ../text -c ../$file
+done
+
 [ $status -ne 0 ] || echo "$same files of $2 are those of $1"
 exit $status

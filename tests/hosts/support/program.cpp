@@ -56,7 +56,7 @@ Outcome run(const std::vector<std::string>& command) {
   if (error != 0) {
     close(ends[0]);
     throw std::runtime_error(command[0] + " cannot be run (" + std::strerror(error) +
-                             "): these tests need libjpeg-turbo-progs, ffmpeg and dcmtk");
+                             "): scripts/install_packages.sh test brings it");
   }
 
   Outcome outcome;
