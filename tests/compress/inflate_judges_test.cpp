@@ -20,7 +20,8 @@ Bytes words(Random& random, size_t size) {
   std::vector<std::string> vocabulary;
   for (int i = 0; i < 400; ++i) {
     std::string word;
-    for (int n = random.between(1, 9); n > 0; --n) word += "etaoinshrdlucmfw"[random.between(0, 15)];
+    for (int n = random.between(1, 9); n > 0; --n)
+      word += "etaoinshrdlucmfw"[random.between(0, 15)];
     vocabulary.push_back(word);
   }
   Bytes text;
@@ -135,9 +136,14 @@ Bytes zopfliStream(const Bytes& bytes, int type) {
 struct Pieces {
   Sizes source, output;
 };
-const Pieces kPieces[] = {{{1 << 20}, {1 << 20}}, {{1}, {1 << 20}}, {{1 << 20}, {1}},
-                          {{2}, {3}},             {{7}, {7}},       {{3}, {2}},
-                          {{500, true}, {500, true}}, {{40, true}, {90, true}}};
+const Pieces kPieces[] = {{{1 << 20}, {1 << 20}},
+                          {{1}, {1 << 20}},
+                          {{1 << 20}, {1}},
+                          {{2}, {3}},
+                          {{7}, {7}},
+                          {{3}, {2}},
+                          {{500, true}, {500, true}},
+                          {{40, true}, {90, true}}};
 
 // As a whole, and in one other kind of pieces, which goes round.
 void expectDecodes(const TestBuild& build, Bytes stream, const Bytes& bytes) {
@@ -228,7 +234,8 @@ ORB_MEANING(orbsDecodeLZ77DynamicHuffFull_8u, LibdeflateLevels) {
   static const std::vector<Sample> all = [] {
     std::vector<Sample> made;
     for (const Bytes& bytes : data()) {
-      for (int level = 1; level <= 12; ++level) made.push_back({libdeflateStream(bytes, level), &bytes});
+      for (int level = 1; level <= 12; ++level)
+        made.push_back({libdeflateStream(bytes, level), &bytes});
     }
     return made;
   }();
@@ -239,8 +246,8 @@ ORB_MEANING(orbsDecodeLZ77DynamicHuffFull_8u, ZopfliTypes) {
   static const std::vector<Bytes> parts = [] {
     std::vector<Bytes> made;
     for (const Bytes& bytes : data()) {
-      made.emplace_back(bytes.begin(),
-                        bytes.begin() + static_cast<ptrdiff_t>(std::min<size_t>(bytes.size(), 9000)));
+      made.emplace_back(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(
+                                                           std::min<size_t>(bytes.size(), 9000)));
     }
     return made;
   }();

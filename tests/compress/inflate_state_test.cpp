@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "tests/compress/inflate_calls.h"
+#include "tests/support/no_memory.h"
 
 namespace {
 
@@ -131,6 +132,13 @@ ORB_MEANING(orbsDecodeLZ77InitAlloc_8u, ARecordOfTheLibrary) {
             orbStsDstFull);
   EXPECT_EQ(byte, 'x');
   ORB(orbsLZ77Free_8u)(state);
+}
+ORB_MEANING(orbsDecodeLZ77InitAlloc_8u, NoMemory) {
+  expectWithoutMemory([&] {
+    OrbLZ77DecState* state = nullptr;
+    return ORB(orbsDecodeLZ77InitAlloc_8u)(orbLZ77ChecksumNone, &state) == orbStsMemAllocErr &&
+           state == nullptr;
+  });
 }
 ORB_AGREEMENT(orbsDecodeLZ77InitAlloc_8u) {
   OrbLZ77DecState* mine = nullptr;
@@ -333,60 +341,6 @@ ORB_AGREEMENT(orbsDecodeLZ77CopyState_8u) {
 
 // ---- What is the host's
 
-ORB_MEANING(orbsDecodeLZ77SetPairs_8u, AndGetThem) {
-  Inflater inflater(build);
-  OrbLZ77Pair own[2];
-  ASSERT_EQ(ORB(orbsDecodeLZ77SetPairs_8u)(own + 1, -5, INT32_MAX, inflater.record()), orbStsNoErr);
-  OrbLZ77Pair* pairs = nullptr;
-  Orb32s count = 0, left = 0;
-  ASSERT_EQ(ORB(orbsDecodeLZ77GetPairs_8u)(&pairs, &count, &left, inflater.record()), orbStsNoErr);
-  EXPECT_EQ(pairs, own + 1);
-  EXPECT_EQ(count, -5);
-  EXPECT_EQ(left, INT32_MAX);
-  EXPECT_EQ(ORB(orbsDecodeLZ77SetPairs_8u)(nullptr, 1, 1, inflater.record()), orbStsNullPtrErr);
-  EXPECT_EQ(ORB(orbsDecodeLZ77SetPairs_8u)(own, 1, 1, nullptr), orbStsNullPtrErr);
-  ORB(orbsDecodeLZ77GetPairs_8u)(&pairs, &count, &left, inflater.record());
-  EXPECT_EQ(pairs, own + 1);
-  EXPECT_EQ(count, -5);
-}
-ORB_MEANING(orbsDecodeLZ77GetPairs_8u, Checks) {
-  Inflater inflater(build);
-  OrbLZ77Pair* pairs = nullptr;
-  Orb32s count = 7, left = 7;
-  const auto get = ORB(orbsDecodeLZ77GetPairs_8u);
-  EXPECT_EQ(get(nullptr, &count, &left, inflater.record()), orbStsNullPtrErr);
-  EXPECT_EQ(get(&pairs, nullptr, &left, inflater.record()), orbStsNullPtrErr);
-  EXPECT_EQ(get(&pairs, &count, nullptr, inflater.record()), orbStsNullPtrErr);
-  EXPECT_EQ(get(&pairs, &count, &left, nullptr), orbStsNullPtrErr);
-  EXPECT_EQ(pairs, nullptr);
-  EXPECT_EQ(count, 7);
-  EXPECT_EQ(left, 7);
-}
-ORB_AGREEMENT(orbsDecodeLZ77SetPairs_8u) {
-  Inflater inflater(build);
-  OrbLZ77Pair own[2];
-  const Orb32s count = random.any<Orb32s>(), left = random.any<Orb32s>();
-  PX(orbsDecodeLZ77SetPairs_8u)(own, count, left, inflater.record());
-  const OrbLZ77PairCursor expected = inflater.record()->cursor;
-  inflater.record()->cursor = {};
-  ORB(orbsDecodeLZ77SetPairs_8u)(own, count, left, inflater.record());
-  EXPECT_EQ(std::memcmp(&expected, &inflater.record()->cursor, sizeof expected), 0);
-}
-ORB_AGREEMENT(orbsDecodeLZ77GetPairs_8u) {
-  Inflater inflater(build);
-  OrbLZ77Pair own[2];
-  OrbLZ77Pair* mine = nullptr;
-  OrbLZ77Pair* theirs = nullptr;
-  Orb32s numbers[4] = {};
-  ORB(orbsDecodeLZ77SetPairs_8u)
-  (own, random.any<Orb32s>(), random.any<Orb32s>(), inflater.record());
-  ORB(orbsDecodeLZ77GetPairs_8u)(&mine, numbers, numbers + 1, inflater.record());
-  PX(orbsDecodeLZ77GetPairs_8u)(&theirs, numbers + 2, numbers + 3, inflater.record());
-  EXPECT_EQ(mine, theirs);
-  EXPECT_EQ(numbers[0], numbers[2]);
-  EXPECT_EQ(numbers[1], numbers[3]);
-}
-
 ORB_MEANING(orbsDecodeLZ77SetStatus_8u, IsTheHostsAlone) {
   Inflater inflater(build);
   EXPECT_EQ(ORB(orbsDecodeLZ77SetStatus_8u)(1, nullptr), orbStsNullPtrErr);
@@ -401,13 +355,6 @@ ORB_MEANING(orbsDecodeLZ77SetStatus_8u, IsTheHostsAlone) {
     EXPECT_TRUE(inflater.memory() == expected);
   }
 }
-ORB_MEANING(orbsDecodeLZ77GetStatus_8u, Checks) {
-  Inflater inflater(build);
-  Orb32s phase = 7;
-  EXPECT_EQ(ORB(orbsDecodeLZ77GetStatus_8u)(nullptr, inflater.record()), orbStsNullPtrErr);
-  EXPECT_EQ(ORB(orbsDecodeLZ77GetStatus_8u)(&phase, nullptr), orbStsNullPtrErr);
-  EXPECT_EQ(phase, 7);
-}
 ORB_AGREEMENT(orbsDecodeLZ77SetStatus_8u) {
   Inflater inflater(build);
   const Orb32s phase = random.any<Orb32s>();
@@ -417,13 +364,4 @@ ORB_AGREEMENT(orbsDecodeLZ77SetStatus_8u) {
   ORB(orbsDecodeLZ77SetStatus_8u)(phase, inflater.record());
   EXPECT_EQ(Orb32s{inflater.record()->cursor.phase}, expected);
 }
-ORB_AGREEMENT(orbsDecodeLZ77GetStatus_8u) {
-  Inflater inflater(build);
-  Orb32s mine = 0, theirs = 0;
-  ORB(orbsDecodeLZ77SetStatus_8u)(random.any<Orb32s>(), inflater.record());
-  ORB(orbsDecodeLZ77GetStatus_8u)(&mine, inflater.record());
-  PX(orbsDecodeLZ77GetStatus_8u)(&theirs, inflater.record());
-  EXPECT_EQ(mine, theirs);
-}
-
 }  // namespace
