@@ -1,6 +1,6 @@
 #include "compress/tables/deflate.h"
 
-#include "compress/tables/deflate_rules.h"
+#include "compress/tables/deflate_slots.h"
 
 namespace orb {
 namespace {
@@ -49,15 +49,28 @@ constexpr OrbTable<uint8_t, 19> codeLengthOrder() {
   return order;
 }
 
+// A code of `length` bits, whose highest bit is written first.
+constexpr OrbLZ77Code code(uint32_t value, uint32_t length) {
+  uint32_t bits = 0;
+  for (uint32_t i = 0; i < length; ++i) bits |= (value >> i & 1) << (length - 1 - i);
+  return {bits, length};
+}
+
+constexpr OrbLZ77Code fixedLiteral(uint32_t symbol) {
+  if (symbol < 144) return code(0x30 + symbol, 8);
+  if (symbol < 256) return code(0x190 + symbol - 144, 9);
+  if (symbol < 280) return code(symbol - 256, 7);
+  return code(0xC0 + symbol - 280, 8);
+}
+
 constexpr OrbLZ77Code withExtra(OrbLZ77Code symbol, OrbDeflateSlot slot, uint32_t value) {
   return {symbol.bits | (value - slot.base) << symbol.length, symbol.length + slot.extraBits};
 }
 
 constexpr OrbLZ77Codes fixedCodes() {
   OrbLZ77Codes codes = {};
-  for (uint32_t symbol = 0; symbol < 286; ++symbol)
-    codes.literal[symbol] = orbDeflateFixedLiteral(symbol);
-  for (uint32_t symbol = 0; symbol < 30; ++symbol) codes.slot[symbol] = orbDeflateCode(symbol, 5);
+  for (uint32_t symbol = 0; symbol < 286; ++symbol) codes.literal[symbol] = fixedLiteral(symbol);
+  for (uint32_t symbol = 0; symbol < 30; ++symbol) codes.slot[symbol] = code(symbol, 5);
   for (uint32_t i = 0; i < 256; ++i) {
     codes.joined[i] = codes.literal[i];
     const uint32_t length = slotOf(orbDeflateLengthSlots(), i + 3);
