@@ -9,6 +9,7 @@
 #include "jpeg/huffman_records.h"
 #include "tests/jpeg/huffman_progressive_model.h"
 #include "tests/support/builds.h"
+#include "tests/support/faults.h"
 #include "tests/support/guarded.h"
 #include "tests/support/plane.h"
 
@@ -284,23 +285,6 @@ Bytes encodedScan(const ProgressiveScan& scan, const std::vector<Block>& blocks,
   return model.writer.dst;
 }
 
-// Something that is wrong with a call. In a list of them the earlier ones come out.
-template <class Args>
-struct Fault {
-  void (*make)(Args&);
-  OrbStatus status;
-};
-template <class Args, class Call>
-void expectFaultsInOrder(const std::vector<Fault<Args>>& faults, const Args& good, Call call) {
-  for (size_t first = 0; first < faults.size(); ++first) {
-    Args alone = good, withLater = good;
-    faults[first].make(alone);
-    for (size_t i = faults.size(); i-- > first;) faults[i].make(withLater);
-    EXPECT_EQ(call(alone), faults[first].status) << first;
-    EXPECT_EQ(call(withLater), faults[first].status) << first;
-  }
-}
-
 // Bands and shifts at and beyond the limits.
 template <class Args, class Call>
 void expectBandTest(const Args& good, Call call) {
@@ -324,7 +308,7 @@ void expectBandTest(const Args& good, Call call) {
 }
 
 void expectEncoderChecks(const TestBuild& build, Pass pass) {
-  using Faults = std::vector<Fault<EncodeArgs>>;
+  using Faults = std::vector<orbtest::Fault<EncodeArgs>>;
   const ProgressiveScan scan = {pass, 1, 63, 0};
   Encoder e(100);
   e.block.fill([] { return Orb16s{3}; });
@@ -333,28 +317,28 @@ void expectEncoderChecks(const TestBuild& build, Pass pass) {
   const auto call = [&](const EncodeArgs& args) { return encode(build, pass, args); };
 
   Faults faults = {
-      {[](EncodeArgs& a) { a.dst = nullptr; }, orbStsNullPtrErr},
-      {[](EncodeArgs& a) { a.length = 0; }, orbStsSizeErr},
-      {[](EncodeArgs& a) { a.length = -1; }, orbStsSizeErr},
-      {[](EncodeArgs& a) { a.position = nullptr; }, orbStsNullPtrErr},
-      {[](EncodeArgs& a) { a.state = nullptr; }, orbStsNullPtrErr},
+      {orbStsNullPtrErr, [](EncodeArgs& a) { a.dst = nullptr; }},
+      {orbStsSizeErr, [](EncodeArgs& a) { a.length = 0; }},
+      {orbStsSizeErr, [](EncodeArgs& a) { a.length = -1; }},
+      {orbStsNullPtrErr, [](EncodeArgs& a) { a.position = nullptr; }},
+      {orbStsNullPtrErr, [](EncodeArgs& a) { a.state = nullptr; }},
   };
   if (scan.isAC()) {
-    faults.push_back({[](EncodeArgs& a) { a.table = nullptr; }, orbStsNullPtrErr});
+    faults.push_back({orbStsNullPtrErr, [](EncodeArgs& a) { a.table = nullptr; }});
   }
   const Faults inAnyCall = faults;
-  faults.push_back({[](EncodeArgs& a) { a.src = nullptr; }, orbStsNullPtrErr});
+  faults.push_back({orbStsNullPtrErr, [](EncodeArgs& a) { a.src = nullptr; }});
   if (pass == Pass::kDCFirst) {
-    faults.push_back({[](EncodeArgs& a) { a.lastDC = nullptr; }, orbStsNullPtrErr});
+    faults.push_back({orbStsNullPtrErr, [](EncodeArgs& a) { a.lastDC = nullptr; }});
   }
   if (scan.isAC()) {
-    faults.push_back({[](EncodeArgs& a) { a.ss = 0; }, orbStsBadArgErr});
+    faults.push_back({orbStsBadArgErr, [](EncodeArgs& a) { a.ss = 0; }});
   }
-  faults.push_back({[](EncodeArgs& a) { a.al = 14; }, orbStsBadArgErr});
+  faults.push_back({orbStsBadArgErr, [](EncodeArgs& a) { a.al = 14; }});
   if (pass == Pass::kDCFirst) {
-    faults.push_back({[](EncodeArgs& a) { a.table = nullptr; }, orbStsNullPtrErr});
+    faults.push_back({orbStsNullPtrErr, [](EncodeArgs& a) { a.table = nullptr; }});
   }
-  expectFaultsInOrder(faults, good, call);
+  orbtest::expectChecks(faults, good, call);
   if (scan.isAC()) expectBandTest(good, call);
   for (const Orb32u al : {14u, 32u, 0xFFFFFFFFu}) {
     EncodeArgs shifted = good;
@@ -363,7 +347,7 @@ void expectEncoderChecks(const TestBuild& build, Pass pass) {
   }
   EncodeArgs flush = good;
   flush.flush = 1;
-  expectFaultsInOrder(inAnyCall, flush, call);
+  orbtest::expectChecks(inAnyCall, flush, call);
 
   EXPECT_EQ(e.position.at(0), 0);
   EXPECT_EQ(e.lastDC.at(0), 0);
@@ -1080,7 +1064,7 @@ struct Decoder {
 // it, and behind it.
 Block blockAbove(const Block& block, const ProgressiveScan& scan, int al) {
   Block known(64);
-  if (!scan.isAC()) known[0] = static_cast<Orb16s>(block[0] >> al << al);
+  if (!scan.isAC()) known[0] = static_cast<Orb16s>((block[0] >> al) * (1 << al));
   for (int k = scan.ss; scan.isAC() && k <= scan.se; ++k) {
     const size_t i = static_cast<size_t>(zigzag()[static_cast<size_t>(k)]);
     known[i] = static_cast<Orb16s>(block[i] / (1 << al) * (1 << al));
@@ -1114,31 +1098,31 @@ void expectDecodesAs(const TestBuild& build, const ProgressiveScan& scan, const 
 }
 
 void expectDecoderChecks(const TestBuild& build, Pass pass) {
-  using Faults = std::vector<Fault<DecodeArgs>>;
+  using Faults = std::vector<orbtest::Fault<DecodeArgs>>;
   const ProgressiveScan scan = {pass, 1, 63, 0};
   Decoder d(Bytes(8));
   const DecodeArgs good = d.args(scan, fullTable().decoder);
   const auto call = [&](const DecodeArgs& args) { return decode(build, pass, args); };
   Faults faults = {
-      {[](DecodeArgs& a) { a.src = nullptr; }, orbStsNullPtrErr},
-      {[](DecodeArgs& a) { a.length = 0; }, orbStsSizeErr},
-      {[](DecodeArgs& a) { a.length = kLeast; }, orbStsSizeErr},
-      {[](DecodeArgs& a) { a.position = nullptr; }, orbStsNullPtrErr},
-      {[](DecodeArgs& a) { a.dst = nullptr; }, orbStsNullPtrErr},
-      {[](DecodeArgs& a) { a.marker = nullptr; }, orbStsNullPtrErr},
+      {orbStsNullPtrErr, [](DecodeArgs& a) { a.src = nullptr; }},
+      {orbStsSizeErr, [](DecodeArgs& a) { a.length = 0; }},
+      {orbStsSizeErr, [](DecodeArgs& a) { a.length = kLeast; }},
+      {orbStsNullPtrErr, [](DecodeArgs& a) { a.position = nullptr; }},
+      {orbStsNullPtrErr, [](DecodeArgs& a) { a.dst = nullptr; }},
+      {orbStsNullPtrErr, [](DecodeArgs& a) { a.marker = nullptr; }},
   };
   if (pass == Pass::kDCFirst) {
-    faults.push_back({[](DecodeArgs& a) { a.lastDC = nullptr; }, orbStsNullPtrErr});
+    faults.push_back({orbStsNullPtrErr, [](DecodeArgs& a) { a.lastDC = nullptr; }});
   }
   if (scan.isAC()) {
-    faults.push_back({[](DecodeArgs& a) { a.ss = 0; }, orbStsBadArgErr});
+    faults.push_back({orbStsBadArgErr, [](DecodeArgs& a) { a.ss = 0; }});
   }
-  faults.push_back({[](DecodeArgs& a) { a.al = 14; }, orbStsBadArgErr});
+  faults.push_back({orbStsBadArgErr, [](DecodeArgs& a) { a.al = 14; }});
   if (pass != Pass::kDCRefine) {
-    faults.push_back({[](DecodeArgs& a) { a.table = nullptr; }, orbStsNullPtrErr});
+    faults.push_back({orbStsNullPtrErr, [](DecodeArgs& a) { a.table = nullptr; }});
   }
-  faults.push_back({[](DecodeArgs& a) { a.state = nullptr; }, orbStsNullPtrErr});
-  expectFaultsInOrder(faults, good, call);
+  faults.push_back({orbStsNullPtrErr, [](DecodeArgs& a) { a.state = nullptr; }});
+  orbtest::expectChecks(faults, good, call);
   if (scan.isAC()) expectBandTest(good, call);
   for (const Orb32u al : {14u, 32u, 0xFFFFFFFFu}) {
     DecodeArgs shifted = good;
@@ -1700,13 +1684,13 @@ struct Counter {
 
 ORB_MEANING(orbiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1, ChecksInOrder) {
   Counter c;
-  expectFaultsInOrder(
-      std::vector<Fault<CountArgs>>{
-          {[](CountArgs& a) { a.src = nullptr; }, orbStsNullPtrErr},
-          {[](CountArgs& a) { a.statistics = nullptr; }, orbStsNullPtrErr},
-          {[](CountArgs& a) { a.lastDC = nullptr; }, orbStsNullPtrErr},
-          {[](CountArgs& a) { a.al = 14; }, orbStsBadArgErr},
-          {[](CountArgs& a) { a.al = 0xFFFFFFFF; }, orbStsBadArgErr},
+  orbtest::expectChecks(
+      std::vector<orbtest::Fault<CountArgs>>{
+          {orbStsNullPtrErr, [](CountArgs& a) { a.src = nullptr; }},
+          {orbStsNullPtrErr, [](CountArgs& a) { a.statistics = nullptr; }},
+          {orbStsNullPtrErr, [](CountArgs& a) { a.lastDC = nullptr; }},
+          {orbStsBadArgErr, [](CountArgs& a) { a.al = 14; }},
+          {orbStsBadArgErr, [](CountArgs& a) { a.al = 0xFFFFFFFF; }},
       },
       c.args({Pass::kDCFirst, 0, 0, 0}),
       [&](const CountArgs& args) { return count(build, Pass::kDCFirst, args); });
@@ -1715,22 +1699,22 @@ ORB_MEANING(orbiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1, ChecksInOrder) {
 }
 
 void expectCounterChecks(const TestBuild& build, Pass pass) {
-  using Faults = std::vector<Fault<CountArgs>>;
+  using Faults = std::vector<orbtest::Fault<CountArgs>>;
   Counter c;
   c.encoder.setPending(3);
   const CountArgs good = c.args({pass, 1, 63, 0});
   const auto call = [&](const CountArgs& args) { return count(build, pass, args); };
   Faults faults = {
-      {[](CountArgs& a) { a.statistics = nullptr; }, orbStsNullPtrErr},
-      {[](CountArgs& a) { a.state = nullptr; }, orbStsNullPtrErr},
+      {orbStsNullPtrErr, [](CountArgs& a) { a.statistics = nullptr; }},
+      {orbStsNullPtrErr, [](CountArgs& a) { a.state = nullptr; }},
   };
   CountArgs flush = good;
   flush.flush = 1;
-  expectFaultsInOrder(faults, flush, call);
-  faults.push_back({[](CountArgs& a) { a.src = nullptr; }, orbStsNullPtrErr});
-  faults.push_back({[](CountArgs& a) { a.ss = 0; }, orbStsBadArgErr});
-  faults.push_back({[](CountArgs& a) { a.al = 14; }, orbStsBadArgErr});
-  expectFaultsInOrder(faults, good, call);
+  orbtest::expectChecks(faults, flush, call);
+  faults.push_back({orbStsNullPtrErr, [](CountArgs& a) { a.src = nullptr; }});
+  faults.push_back({orbStsBadArgErr, [](CountArgs& a) { a.ss = 0; }});
+  faults.push_back({orbStsBadArgErr, [](CountArgs& a) { a.al = 14; }});
+  orbtest::expectChecks(faults, good, call);
   expectBandTest(good, call);
   c.statistics.expectUntouched();
   EXPECT_EQ(c.encoder.record()->eobRun, 3);
