@@ -21,7 +21,12 @@ set(ORB_ENTRY_SOURCES
     compress/inflate_blocks.cpp
     compress/inflate_pairs.cpp
     compress/inflate_state.cpp
+    compress/bwt.cpp
+    compress/git_coder.cpp
+    compress/huffman.cpp
     compress/lz77_state.cpp
+    compress/move_to_front.cpp
+    compress/run_length.cpp
     jpeg/color.cpp
     jpeg/dct.cpp
     jpeg/huffman_lossless.cpp

@@ -1,5 +1,6 @@
 /* Data compression: the stages of a deflate coder (RFC 1951), each of which can stop at any byte of
- * its output and go on in the next call.
+ * its output and go on in the next call; a byte Huffman coder; the stages of a block-sorting
+ * compressor; and the GIT coder.
  *
  * A zlib or gzip header is the host's business, as is the loop over the stages.
  */
@@ -473,6 +474,352 @@ ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77DynamicHuffFull_8u(Orb8u** ppSr
 ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77StoredBlock_8u(Orb8u** ppSrc, Orb32s* pSrcLen,
                                                                 Orb8u** ppDst, Orb32s* pDstLen,
                                                                 OrbLZ77DecState* pState);
+
+/* ------------------------------------------------------------------------------------------------
+ * Byte Huffman coder
+ *
+ * Each of the 256 byte values that occurs has a code of 1 to 32 bits. An encoder is made from how
+ * often each occurs, a decoder from the lengths of the codes, which a packed table carries from the
+ * one to the other. The bits of a stream come most significant first.
+ *
+ * Tables of frequencies and of lengths are 256 signed 32-bit values, by byte; the length of a byte
+ * without a code is 0. The lengths determine the codes. From the longest length to the shortest, and
+ * from the highest byte to the lowest within each, codes are counted up from 0, and halved, rounding
+ * down, wherever the length falls by one: the highest byte of the longest length has the code of
+ * zeros.
+ *
+ * A record serves one direction of one stream, and holds the bits between its calls. It is opaque
+ * and has no tag. What the host allocated itself is never passed to Free.
+ * ---------------------------------------------------------------------------------------------- */
+
+typedef struct OrbHuffState OrbHuffState;
+
+/* Stores the size of a record in bytes: 2596.
+ *
+ * Returns orbStsNullPtrErr.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsHuffGetSize_8u(Orb32s* pSize);
+
+/* Releases a record of InitAlloc. Null is ignored. */
+ORB_API void ORB_CALL legacy90orbsHuffFree_8u(OrbHuffState* pState);
+
+/* Makes an encoder with no bits in it. The codes are those of a Huffman tree; a byte that is alone
+ * has a code of one bit. They are not shortened: frequencies that grow like the Fibonacci numbers
+ * want codes that are too long.
+ *
+ * Returns orbStsNullPtrErr for either pointer; orbStsHuffFreqErr if a frequency is negative, if they
+ * add up to 2^31 or more, or if all are 0; orbStsHuffTooLongErr if a code would have more than 32
+ * bits.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeHuffInit_8u(const Orb32s* pFreqTable,
+                                                         OrbHuffState* pState);
+
+/* The same in a record that the library allocates, at a multiple of 64 bytes. Its pointer is stored
+ * before anything else is looked at: it is null if the allocation fails, and after any other failure
+ * it is there for the host to release.
+ *
+ * Returns orbStsNullPtrErr for ppState, and if the allocation fails; then as Init does.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeHuffInitAlloc_8u(const Orb32s* pFreqTable,
+                                                              OrbHuffState** ppState);
+
+/* Writes the code of one byte from bit dstBitOffset of pDst on, 0 to 7, where 0 is the most
+ * significant bit. With an offset the first byte keeps its bits, and takes the code's by OR: those
+ * at and behind the offset should be 0. All other bytes that the code reaches are stored whole, with
+ * zeros behind the code. The record and its bits are not changed; the offset is the host's to
+ * advance, by the code's length.
+ *
+ * Returns orbStsNullPtrErr for pDst or pState; orbStsSizeErr if dstBitOffset is not within 0 to 7;
+ * orbStsHuffLenErr if the byte has no code.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeHuffOne_8u(Orb8u src, Orb8u* pDst,
+                                                        Orb32s dstBitOffset,
+                                                        const OrbHuffState* pState);
+
+/* Encodes srcLen bytes. The stream is written in words of 4 bytes; bits that do not fill one stay in
+ * the record for the next call. *pDstLen is set to the number of bytes written; what it was is not
+ * read, so the destination has to have the room that orbsHuffGetDstBuffSize_8u reports. A byte
+ * without a code is passed over, and nothing tells.
+ *
+ * Returns orbStsNullPtrErr for any pointer, orbStsSizeErr if srcLen < 1.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeHuff_8u(const Orb8u* pSrc, Orb32s srcLen, Orb8u* pDst,
+                                                     Orb32s* pDstLen, OrbHuffState* pState);
+
+/* Writes the bits that the record holds, in up to 4 bytes, with zeros behind them, and sets *pDstLen
+ * to the number of bytes. The record still holds the bits.
+ *
+ * Returns orbStsNullPtrErr for any pointer.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeHuffFinal_8u(Orb8u* pDst, Orb32s* pDstLen,
+                                                          const OrbHuffState* pState);
+
+/* Stores the lengths of a record's codes.
+ *
+ * Returns orbStsNullPtrErr for either pointer.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsHuffGetLenCodeTable_8u(Orb32s* pCodeLenTable,
+                                                              const OrbHuffState* pState);
+
+/* How much room coding wants, by the lengths of the codes. *pDstBytes is set to the bytes that
+ * srcLen bytes take at most when they are encoded, those of orbsEncodeHuffFinal_8u among them;
+ * *pMaxSymbols to a number that is never too small for the bytes that srcLen bytes of a stream
+ * decode to: srcLen * 64 divided by the least length, which is 8 times what it could be. Both are
+ * computed in signed 32-bit arithmetic that wraps. Either pointer may be null.
+ *
+ * Returns orbStsNullPtrErr for pCodeLenTable; orbStsSizeErr if srcLen < 1; orbStsHuffLenErr if a
+ * length is not within 0 to 32.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsHuffGetDstBuffSize_8u(const Orb32s* pCodeLenTable,
+                                                             Orb32s srcLen, Orb32s* pDstBytes,
+                                                             Orb32s* pMaxSymbols);
+
+/* Packs a table of lengths into pDst, which has *pDstLen bytes of room, and sets *pDstLen to the
+ * number of bytes written. 256 bytes are always enough.
+ *
+ * The packed table is a row of digits of 4 bits, the first in the high half of a byte, with a 0
+ * behind the last if need be. There are three pages of 13 values: 0 to 12, 13 to 25, 26 to 38. A
+ * digit of 0 to 12 is that value of the page at hand, and 13, 14 or 15 turns to one of the pages,
+ * which then stays; the first is at hand at the start. Lengths are written in the order of their
+ * bytes. When two in a row have been the same as the one before them (0 before the first), the next
+ * value is the number of further ones, 0 to 32, and counting begins anew.
+ *
+ * Returns orbStsNullPtrErr for any pointer; orbStsSizeErr if *pDstLen < 1; then, with what there is
+ * room for written, orbStsHuffLenErr if a length is not within 0 to 32, having been packed as the
+ * nearest value of the pages; orbStsSizeErr if the table did not fit.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsHuffLenCodeTablePack_8u(const Orb32s* pCodeLenTable,
+                                                               Orb8u* pDst, Orb32s* pDstLen);
+
+/* Unpacks a table of lengths from *pSrcLen bytes, and sets *pSrcLen to the number of bytes that it
+ * took. Nothing is said of the lengths, which may be up to 38.
+ *
+ * Returns orbStsNullPtrErr for any pointer; orbStsSizeErr if *pSrcLen < 1, and if the table goes on
+ * behind the source: *pSrcLen is then left as it was, and the missing digits are taken for zeros.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsHuffLenCodeTableUnpack_8u(const Orb8u* pSrc, Orb32s* pSrcLen,
+                                                                 Orb32s* pCodeLenTable);
+
+/* Makes a decoder with no bits in it. Its codes are an encoder's, too: the record may be used with
+ * the functions that encode, on a stream of its own. Whether the lengths leave bits without a code
+ * is not looked at.
+ *
+ * Returns orbStsNullPtrErr for either pointer; orbStsHuffLenErr if a length is not within 0 to 32,
+ * or if all are 0.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeHuffInit_8u(const Orb32s* pCodeLenTable,
+                                                         OrbHuffState* pState);
+
+/* The same in a record that the library allocates, at a multiple of 64 bytes. Its pointer is stored
+ * before the lengths are looked at: it is null if the allocation fails, and after orbStsHuffLenErr it
+ * is there for the host to release.
+ *
+ * Returns orbStsNullPtrErr for either pointer, and if the allocation fails; then as Init does.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeHuffInitAlloc_8u(const Orb32s* pCodeLenTable,
+                                                              OrbHuffState** ppState);
+
+/* Decodes the byte whose code begins at bit srcBitOffset of pSrc, 0 to 7. As many bytes are read as
+ * the longest code would reach, (srcBitOffset + that length + 7) / 8. The record and its bits are
+ * not changed; how long the code was, the host finds in its table of lengths.
+ *
+ * Returns orbStsNullPtrErr for any pointer; orbStsSizeErr if srcBitOffset is not within 0 to 7, or
+ * if there are no codes in the record; orbStsNullPtrErr if it is an encoder's, in memory that was
+ * cleared before; orbStsHuffLenErr if the bits are the code of no byte.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeHuffOne_8u(const Orb8u* pSrc, Orb32s srcBitOffset,
+                                                        Orb8u* pDst, const OrbHuffState* pState);
+
+/* Decodes into pDst, which has *pDstLen bytes of room, until it is full or the source is used up,
+ * and sets *pDstLen to the number of bytes decoded. A code that the source ends within stays in the
+ * record, and is complete with the next call's source. Decoding also ends at bits that are the code
+ * of no byte, which stay in the record as well.
+ *
+ * When the room is full, how much of the source has been read is not reported, and some of it may
+ * have gone into the record. So the host asks for just as many bytes as were encoded, and takes a
+ * count below that for the end of the source.
+ *
+ * Returns orbStsNullPtrErr for any pointer; orbStsSizeErr if srcLen < 1 or *pDstLen < 1.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeHuff_8u(const Orb8u* pSrc, Orb32s srcLen, Orb8u* pDst,
+                                                     Orb32s* pDstLen, OrbHuffState* pState);
+
+/* ------------------------------------------------------------------------------------------------
+ * Block sorting: the Burrows-Wheeler transform, the move-to-front table and run lengths
+ *
+ * The stages of a block-sorting compressor, each a function over the host's buffers that keeps
+ * nothing between calls.
+ * ---------------------------------------------------------------------------------------------- */
+
+/* Stores the size in bytes of the work buffer that a block of len bytes wants in either direction:
+ * len * 4 + 2080. The buffer may lie at any address, and holds nothing of use between calls.
+ *
+ * Returns orbStsNullPtrErr; orbStsSizeErr if len is not within 1 to 32768.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsBWTGetSize_SmallBlock_8u(Orb32s len, Orb32s* pSize);
+
+/* The Burrows-Wheeler transform of a block of len bytes: of its rotations in lexicographic order,
+ * with bytes as unsigned numbers, the last byte of each. *pIndex is the row of the block itself,
+ * counted from 0; of several equal rows, one of them. The destination may be the block.
+ *
+ * Blocks that repeat themselves, in part or as a whole, take a few times as long as others, and no
+ * more.
+ *
+ * Returns orbStsNullPtrErr for any pointer; orbStsSizeErr if len is not within 1 to 32768.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsBWTFwd_SmallBlock_8u(const Orb8u* pSrc, Orb8u* pDst,
+                                                            Orb32s len, Orb32s* pIndex,
+                                                            Orb8u* pBuf);
+
+/* The block whose transform is pSrc, with `index` as the row of the block. The destination may not
+ * overlap the source. Any bytes and any row lead to some block; a negative row is taken for row 0.
+ *
+ * Returns orbStsNullPtrErr for any pointer; orbStsSizeErr if len < 1, index >= len or len > 32768.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsBWTInv_SmallBlock_8u(const Orb8u* pSrc, Orb8u* pDst,
+                                                            Orb32s len, Orb32s index, Orb8u* pBuf);
+
+/* Allocates the table that move-to-front coding begins with, the 256 bytes 0 to 255 in order, at a
+ * multiple of 64 bytes; and releases it, where null is ignored. The coding is the host's.
+ *
+ * InitAlloc returns orbStsNullPtrErr; orbStsMemAllocErr with nothing stored.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsMTFInitAlloc_8u(Orb8u** ppTable);
+ORB_API void ORB_CALL legacy90orbsMTFFree_8u(Orb8u* pTable);
+
+/* Run-length coding: 2 to 257 equal bytes become two of them and a byte that counts the others, and
+ * a byte on its own stays as it is. *ppSrc and *pSrcLen are moved by the bytes read; *pDstLen, the
+ * room in pDst, becomes the number of bytes written.
+ *
+ * The last two bytes of room take bytes of the source as they are, and two equal ones among them
+ * would be read as a run: give one and a half times the source's length and 2 bytes more, and that
+ * does not happen.
+ *
+ * Returns orbStsNullPtrErr for any pointer, *ppSrc among them; orbStsSizeErr if *pSrcLen < 1 or
+ * *pDstLen < 1; orbStsDstFull, a warning, if source is left.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeRLE_8u(Orb8u** ppSrc, Orb32s* pSrcLen, Orb8u* pDst,
+                                                    Orb32s* pDstLen);
+
+/* The reverse, with the same arguments, checks and statuses. A run that there is no room for is left
+ * as a whole, with the source at its start. The last two bytes of the source are copied as they are.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeRLE_8u(Orb8u** ppSrc, Orb32s* pSrcLen, Orb8u* pDst,
+                                                    Orb32s* pDstLen);
+
+/* Takes back the run-length coding that bzip2 applies to a block before it is sorted: behind 4 equal
+ * bytes in a row stands a byte that counts further ones, 0 to 255, after which counting begins anew.
+ * The arguments move as those of orbsDecodeRLE_8u do. An empty source is no failure.
+ *
+ * Give room for the whole block. When there is none for the copies of a count, the count has been
+ * read all the same; and when the room ends in front of the fourth equal byte, the next byte is read
+ * as a count.
+ *
+ * Returns orbStsNullPtrErr for any pointer, *ppSrc among them; orbStsSizeErr if *pDstLen < 1 or
+ * *pSrcLen < 0; orbStsDstFull, a warning, if there was no room for copies, or if the room is full,
+ * even with nothing left of the source.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeRLE_BZ2_8u(Orb8u** ppSrc, Orb32s* pSrcLen, Orb8u* pDst,
+                                                        Orb32s* pDstLen);
+
+/* ------------------------------------------------------------------------------------------------
+ * GIT coder
+ *
+ * Turns a block into 256 streams, one for each byte value, and back. Each of the 256 ranks belongs
+ * to a byte, at the start rank r to the byte 255 - r. For each occurrence of a byte its stream says
+ * how many bytes of higher ranks have come since the last one; of the byte 0, whose rank is the
+ * highest for good, only the number of its occurrences is told. The numbers are written in Rice
+ * codes that adapt to each stream, most significant bit first.
+ *
+ * The mode says whether ranks change, and whether every byte occurs once, from rank 255 down to 0,
+ * before the block begins:
+ *
+ *   1, 0   it does; a byte moves down a rank when it has occurred more often than the one below
+ *   2      it does; a byte moves up a rank when it has occurred more often than the one above
+ *   3      it does not, and ranks stay
+ *   else   it does, and ranks stay
+ *
+ * The coded block is, for s from 0 to 255, the length of the stream of the byte 255 - s as 4 bytes,
+ * most significant first, and that stream. Its last byte is filled up with ones, at least one of
+ * them. The decoder has to be told the same mode.
+ *
+ * Records are opaque and have no tag. What the host allocated itself is never passed to Free.
+ * ---------------------------------------------------------------------------------------------- */
+
+typedef struct OrbGITEncState OrbGITEncState;
+typedef struct OrbGITDecState OrbGITDecState;
+
+/* Stores the size in bytes of an encoder's record for sources of up to maxSrcLen bytes and coded
+ * blocks of up to maxDstLen: with both rounded down to a multiple of 8, maxSrcLen * 256 + maxDstLen
+ * + 33912. A maxSrcLen below 4096 makes these lengths 4096 and 8192, whatever they were.
+ *
+ * Returns orbStsNullPtrErr; orbStsSizeErr if a length is below 1 or the size is above 2^31 - 1;
+ * orbStsDstFull, a warning, if the lengths were raised.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeGITGetSize_8u(Orb32s maxSrcLen, Orb32s maxDstLen,
+                                                           Orb32s* pSize);
+
+/* Makes an encoder, for the same lengths as those of its size.
+ *
+ * Returns as GetSize does.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeGITInit_8u(Orb32s maxSrcLen, Orb32s maxDstLen,
+                                                        OrbGITEncState* pState);
+
+/* The same in a record that the library allocates, at a multiple of 64 bytes.
+ *
+ * Returns as GetSize does; orbStsMemAllocErr, with nothing stored, if the allocation fails.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeGITInitAlloc_8u(Orb32s maxSrcLen, Orb32s maxDstLen,
+                                                             OrbGITEncState** ppState);
+
+/* Encodes a block of srcLen bytes, none at all being a block, too, and sets *pDstLen to the length
+ * of the coded block. What *pDstLen was is not read: the destination has to have the room that the
+ * record was made for, raised lengths included.
+ *
+ * Returns orbStsNullPtrErr for any pointer; orbStsSizeErr if srcLen is negative or above the
+ * record's maxSrcLen, and if the coded block is longer than its maxDstLen.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeGIT_8u(const Orb8u* pSrc, Orb32s srcLen, Orb8u* pDst,
+                                                    Orb32s* pDstLen, Orb32s mode,
+                                                    OrbGITEncState* pState);
+
+/* Stores the size in bytes of a decoder's record: maxSrcLen, rounded down to a multiple of 8, times
+ * 256, + 28824.
+ *
+ * Returns orbStsNullPtrErr; orbStsSizeErr if maxSrcLen is below 1 or the size is above 2^31 - 1.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeGITGetSize_8u(Orb32s maxSrcLen, Orb32s* pSize);
+
+/* Makes a decoder for blocks of up to maxDstLen bytes.
+ *
+ * Returns orbStsNullPtrErr; orbStsSizeErr if maxDstLen < 1.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeGITInit_8u(Orb32s maxDstLen, OrbGITDecState* pState);
+
+/* The same in a record that the library allocates, at a multiple of 64 bytes. Its pointer is stored
+ * even if it is null.
+ *
+ * Returns orbStsNullPtrErr, also if the allocation fails; orbStsSizeErr if a length is below 1 or
+ * the size is above 2^31 - 1.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeGITInitAlloc_8u(Orb32s maxSrcLen, Orb32s maxDstLen,
+                                                             OrbGITDecState** ppState);
+
+/* Releases a record of InitAlloc, the encoder's or the decoder's. Null is ignored. */
+ORB_API void ORB_CALL legacy90orbsGITFree_8u(void* pState);
+
+/* Decodes a block from srcLen bytes, and sets *pDstLen to its length. What *pDstLen was is not read:
+ * the destination has to have the room that the record was made for. Streams that go on behind the
+ * source are cut off there. A damaged block isn't noticed otherwise: its streams end early, and the
+ * output is short.
+ *
+ * Returns orbStsNullPtrErr for any pointer; orbStsSizeErr if srcLen is negative; orbStsSizeErr if
+ * the block is longer than the record's maxDstLen, as many bytes being written.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbsDecodeGIT_8u(const Orb8u* pSrc, Orb32s srcLen, Orb8u* pDst,
+                                                    Orb32s* pDstLen, Orb32s mode,
+                                                    OrbGITDecState* pState);
 
 #ifdef __cplusplus
 }

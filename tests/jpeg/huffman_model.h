@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "orb90legacy/jpeg.h"
+#include "tests/support/bit_string.h"
 #include "tests/support/random.h"
 
 namespace orbtest {
@@ -101,11 +102,6 @@ inline HuffmanLists unary(const std::vector<Orb8u>& symbols) {
   return lists;
 }
 
-inline std::string binary(int64_t value, int digits) {
-  std::string text;
-  for (int i = digits - 1; i >= 0; --i) text += value >> i & 1 ? '1' : '0';
-  return text;
-}
 inline int number(const std::string& digits) {
   int value = 0;
   for (const char digit : digits) value = value * 2 + (digit == '1');
