@@ -372,8 +372,8 @@ inline void makeHuffTable(const OrbHuffState& state, HuffTable& table) {
         maxLen < kTableBits ? first >> (kTableBits - maxLen) : first << (maxLen - kTableBits);
     const HuffSymbol symbol = findSymbol(state, bits, maxLen);
     if (symbol.length == 0 || symbol.length > kTableBits) continue;
-    // Codes begin at multiples of what they span.
-    end = first + (1u << (kTableBits - symbol.length));
+    // Codes begin at multiples of what they span; this one perhaps among those of eight zeros.
+    end = (first | ((1u << (kTableBits - symbol.length)) - 1)) + 1;
     const Orb16u entry = static_cast<Orb16u>(symbol.length << 8 | symbol.byte);
     for (Orb32u i = first; i < end; ++i) table.entry[i] = entry;
   }
