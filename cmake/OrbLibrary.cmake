@@ -16,14 +16,14 @@ set(ORB_FRAME_SOURCES
     jpeg/tables/zigzag.cpp)
 
 set(ORB_ENTRY_SOURCES
-    compress/lz77_block.cpp
-    compress/lz77_match.cpp
-    compress/inflate_blocks.cpp
-    compress/inflate_pairs.cpp
-    compress/inflate_state.cpp
     compress/bwt.cpp
     compress/git_coder.cpp
     compress/huffman.cpp
+    compress/inflate_blocks.cpp
+    compress/inflate_pairs.cpp
+    compress/inflate_state.cpp
+    compress/lz77_block.cpp
+    compress/lz77_match.cpp
     compress/lz77_state.cpp
     compress/move_to_front.cpp
     compress/run_length.cpp
