@@ -34,6 +34,8 @@ int main(int argc, char** argv) {
   orbhost::addJpegCommand(program);
   orbhost::addGzipCommand(program);
   orbhost::addGunzipCommand(program);
+  orbhost::addPackCommand(program);
+  orbhost::addUnpackCommand(program);
 
   try {
     program.parse(argc, argv);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "hosts/commands.h"
+#include "hosts/each_file.h"
 #include "hosts/file.h"
 #include "hosts/gzip/format.h"
 #include "hosts/replaced_file.h"
@@ -27,10 +28,6 @@ using gzip::Blocks;
 using gzip::Expander;
 using gzip::Format;
 using gzip::Level;
-
-// Exit statuses.
-constexpr int kFailure = 1;
-constexpr int kWarning = 2;
 
 struct Arguments {
   std::vector<std::string> files;
@@ -95,64 +92,10 @@ std::string expandedPath(const std::string& path, const std::string& ownSuffix) 
   return {};
 }
 
-std::string nameOf(const std::string& path) {
-  return path == kStandard ? "standard input" : path;
-}
-
-void say(const std::string& path, const std::string& text) {
-  std::fprintf(stderr, "orb: %s: %s\n", nameOf(path).c_str(), text.c_str());
-}
-
-// Does the work for each file. What is wrong with one is said, and the others have their turn; the
-// result is the exit status.
-template <class Work>
-int forEachFile(const std::vector<std::string>& files, Work work) {
-  int status = 0;
-  for (const std::string& path : files) {
-    try {
-      work(path);
-    } catch (const Refusal& refusal) {
-      say(path, refusal.what());
-      if (status == 0) status = kWarning;
-    } catch (const Error& error) {
-      say(path, error.what());
-      status = kFailure;
-    }
-  }
-  return status;
-}
-
-// The speed is that of the expanded side.
-void printStats(WatchedSource& source, uint64_t written, uint64_t expanded) {
-  const double speed = static_cast<double>(expanded) / 1e6 / source.seconds();
-  source.hide();
-  std::fprintf(stderr,
-               "bytes_in=%" PRIu64 " bytes_out=%" PRIu64 " mbytes_per_second=%.1f build=%s\n",
-               source.count(), written, speed, legacy90orbdcGetLibVersion()->targetCpu);
-}
-
 // 0, which is no time, for what is no file, and for what 32 bits don't hold.
 uint32_t timeToTell(const struct stat& status) {
   const int64_t time = S_ISREG(status.st_mode) ? int64_t{status.st_mtime} : 0;
   return time > 0 && time <= UINT32_MAX ? static_cast<uint32_t>(time) : 0;
-}
-
-InputFile::Purpose purposeOf(const std::string& target) {
-  return target == kStandard ? InputFile::Purpose::kRead : InputFile::Purpose::kReplace;
-}
-
-// The new file is complete: it gets its name, and the old one goes.
-void replace(const std::string& path, const struct stat& status, OutputFile& output,
-             const Arguments& arguments) {
-  output.finishLike(status);
-  if (arguments.keep || output.isStandard()) return;
-  // The new one may have taken the old one's name: a gzip file can tell any.
-  struct stat present;
-  if (stat(path.c_str(), &present) == 0 &&
-      (present.st_dev != status.st_dev || present.st_ino != status.st_ino)) {
-    return;
-  }
-  if (unlink(path.c_str()) != 0) failWithReason("cannot be removed");
 }
 
 void compressFile(const std::string& path, const CompressArguments& arguments) {
@@ -178,7 +121,7 @@ void compressFile(const std::string& path, const CompressArguments& arguments) {
     options.origin.time = timeToTell(input.status());
   }
   gzip::compress(source, output, options);
-  replace(path, input.status(), output, arguments);
+  replace(path, input.status(), output, arguments.keep);
   if (arguments.stats) printStats(source, output.count(), source.count());
 }
 
@@ -204,11 +147,6 @@ InputFile openCompressed(const std::string& path, InputFile::Purpose purpose,
   }
   return input;
 }
-
-class NoSink : public Sink {
- public:
-  void write(ByteView) override {}
-};
 
 void warnOfGarbage(const Expander::Totals& totals) {
   if (totals.garbageFollowed) {
@@ -271,13 +209,9 @@ void expandFile(const std::string& named, const ExpandArguments& arguments) {
   }
   OutputFile output(target, arguments.force);
   const Expander::Totals totals = expander.expand(output);
-  replace(path, status, output, arguments);
+  replace(path, status, output, arguments.keep);
   if (arguments.stats) printStats(source, totals.length, totals.length);
   warnOfGarbage(totals);
-}
-
-void finish(int status) {
-  if (status != 0) throw ExitStatus{status};
 }
 
 Bytes readDictionary(const std::string& path) {
