@@ -23,19 +23,18 @@ struct [[gnu::packed]] OrbGITRanks {
 // Behind the encoder's record there is an area for each of the 256 streams. Streams are numbered by
 // 255 less their byte.
 struct [[gnu::packed]] OrbGITEncState {
-  Orb32s maxSrcLen;
-  Orb32s maxDstLen;
+  // How often the ranks below each node of a binary tree have occurred: node n has 2n and 2n + 1
+  // below it, the root is 1, and the ranks are 256 to 511.
+  Orb32s hits[512];
+  // By rank: how often higher ranks had occurred when its byte last did.
+  Orb32s last[256];
 
   OrbGITStatistics statistics[256];
   Orb32s position[256];  // in bits, where the next value of each stream begins
-
   OrbGITRanks ranks;
-  // By rank: how often higher ranks had occurred when its byte last did.
-  Orb32s last[256];
-  // How often higher ranks have occurred: those within each rank's block of 16, and by block those
-  // of higher blocks.
-  Orb32s higherInBlock[256];
-  Orb32s higherBlocks[16];
+
+  Orb32s maxSrcLen;
+  Orb32s maxDstLen;
 };
 constexpr Orb32s kGITEncBaseSize = 33912;
 static_assert(sizeof(OrbGITEncState) + 256 * 8 <= kGITEncBaseSize,
@@ -50,18 +49,20 @@ struct [[gnu::packed]] OrbGITInput {
 };
 
 struct [[gnu::packed]] OrbGITDecState {
-  Orb32s maxDstLen;
-
-  OrbGITStatistics statistics[256];
-  OrbGITInput input[256];
-
-  OrbGITRanks ranks;
   // By rank: how many bytes of higher ranks come before its next occurrence, times 256, and the
   // rank. What has come since is taken off from the whole blocks of 16 in `passed`, until their
   // keys are looked at; `lowest` is the least key of each block as it really is.
   Orb32s key[256];
   Orb32s passed[16];
   Orb32s lowest[16];
+  // By stream: the distance behind the one that is in a key, times 256, or the end.
+  Orb32s ahead[256];
+
+  OrbGITStatistics statistics[256];
+  OrbGITInput input[256];
+  OrbGITRanks ranks;
+
+  Orb32s maxDstLen;
 };
 constexpr Orb32s kGITDecBaseSize = 28824;
 static_assert(sizeof(OrbGITDecState) <= kGITDecBaseSize, "the size that hosts allocate");

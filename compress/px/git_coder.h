@@ -20,6 +20,11 @@ constexpr Orb32s gitMode(Orb32s mode) {
 // The byte 0 has the top rank, for good.
 constexpr Orb32s kTopRank = 255;
 
+// A choice without a branch, as vectors make it.
+constexpr Orb32s chosen(bool condition, Orb32s a, Orb32s b) {
+  return b ^ ((a ^ b) & -static_cast<Orb32s>(condition));
+}
+
 // ---- Ranks
 
 inline void resetRanks(OrbGITRanks& ranks) {
@@ -72,23 +77,19 @@ inline void resetStatistics(OrbGITStatistics (&statistics)[256]) {
   for (OrbGITStatistics& s : statistics) s = {0, 0, 0, 10};
 }
 
-// In front of a value that isn't escaped.
-inline void ageStatistics(OrbGITStatistics& s) {
-  if (s.updates < 8) return;
-  s.intervalSum >>= 1;
-  s.intervalCount >>= 1;
-  s.updates = 0;
-}
-
-// Behind it: k becomes the least from 1 on with which the mean interval is no more than 2^k.
+// Notes a value that isn't escaped: k becomes the least from 1 on with which the mean interval is
+// no more than 2^k. In front of the 9th value, the 17th and so on, what came before is halved.
 inline void updateStatistics(OrbGITStatistics& s, Orb32u value) {
-  s.updates += 1;
-  s.intervalSum += value;
-  s.intervalCount += 1;
+  const Orb32u isOld = s.updates >= 8;
+  const Orb32u sum = (s.intervalSum >> isOld) + value;
+  const Orb32u count = (s.intervalCount >> isOld) + 1;
+  s.updates = isOld != 0 ? 1 : s.updates + 1;
+  s.intervalSum = sum;
+  s.intervalCount = count;
   // No less than the difference in bits, and at most one more.
-  const Orb32s bits = __builtin_clz(s.intervalCount) - __builtin_clz(s.intervalSum | 1);
-  s.k = bits < 1 ? 1 : static_cast<Orb32u>(bits);
-  if (uint64_t{s.intervalCount} << s.k < s.intervalSum) s.k += 1;
+  const Orb32s bits = __builtin_clz(count) - __builtin_clz(sum | 1);
+  const Orb32u k = bits < 1 ? 1 : static_cast<Orb32u>(bits);
+  s.k = k + (uint64_t{count} << k < sum);
 }
 
 }  // namespace orb::ORB_BUILD::plain

@@ -88,10 +88,7 @@ inline bool takeValueByBits(const Orb8u* src, OrbGITInput& input, OrbGITStatisti
   value = base + shiftedLeft(ones, k) + reader.takeBits(k);
   if (reader.isAtEnd) return false;
   input = reader.in;
-  if (!isEscaped) {
-    ageStatistics(statistics);
-    updateStatistics(statistics, value);
-  }
+  if (!isEscaped) updateStatistics(statistics, value);
   return true;
 }
 
@@ -110,7 +107,6 @@ inline bool takeValue(const Orb8u* src, Orb32s srcLen, OrbGITInput& input,
   value = ones << k | static_cast<Orb32u>(bits << (ones + 1) >> (64 - k));
   input.byte += next >> 3;
   input.bit = next & 7;
-  ageStatistics(statistics);
   updateStatistics(statistics, value);
   return true;
 }
@@ -123,75 +119,85 @@ inline bool takeValue(const Orb8u* src, Orb32s srcLen, OrbGITInput& input,
 
 constexpr Orb32s kFinished = 0x7FFFFFFF;  // as if of the top rank, whose key is 255
 
-constexpr Orb32s keyOf(Orb32s rank, Orb32u distance) {
-  return static_cast<Orb32s>(distance << 8) + rank;
+constexpr Orb32s keyAtRank(Orb32s key, Orb32s rank) {
+  return key == kFinished ? key : (key & ~255) + rank;
 }
-
 constexpr Orb32s lowered(Orb32s key, Orb32s by) {
-  return key == kFinished ? key : key - by;
+  return key - chosen(key == kFinished, 0, by);
+}
+constexpr Orb32s lesser(Orb32s a, Orb32s b) {
+  return a < b ? a : b;
 }
 
-// Makes the keys of a block what they are, with one byte more passed in front of those below
-// `place`.
-inline void settleBlock(OrbGITDecState& state, Orb32s block, Orb32s place) {
+// Two ranks, maybe one and the same, that get these keys.
+struct NewKeys {
+  Orb32s rank;
+  Orb32s key;
+  Orb32s other;
+  Orb32s otherKey;
+};
+
+// What a key is once a byte of this rank has occurred.
+inline Orb32s keyBehind(const OrbGITDecState& state, Orb32s of, Orb32s rank) {
+  return lowered(state.key[of], state.passed[of >> 4] + (of < rank ? 256 : 0));
+}
+
+// Makes the keys of a block what they are once a byte of the rank `now.rank` has occurred. Returns
+// the least but for the new ones.
+//
+// Arrays that are read as a whole are written as a whole, here and below: a processor waits long
+// for a vector of which a part has just been stored.
+inline Orb32s settleBlock(OrbGITDecState& state, Orb32s block, const NewKeys& now) {
   const Orb32s passed = state.passed[block];
-  state.passed[block] = 0;
-  for (Orb32s i = 0; i < 16; ++i) {
-    const Orb32s at = block * 16 + i;
-    state.key[at] = lowered(state.key[at], passed + (i < place ? 256 : 0));
-  }
-}
-
-// Notes for all lower ranks that this one has occurred. Its own block is settled then.
-inline void passLowerKeys(OrbGITDecState& state, Orb32s rank) {
-  const Orb32s block = rank >> 4;
-  for (Orb32s i = 0; i < 16; ++i) {
-    const Orb32s by = i < block ? 256 : 0;
-    state.passed[i] += by;
-    state.lowest[i] = lowered(state.lowest[i], by);
-  }
-  settleBlock(state, block, rank & 15);
-}
-
-inline void findLowest(OrbGITDecState& state, Orb32s block) {
-  Orb32s lowest = kFinished;
-  for (Orb32s i = 0; i < 16; ++i) {
-    const Orb32s key = state.key[block * 16 + i];
-    lowest = key < lowest ? key : lowest;
-  }
-  state.lowest[block] = lowest;
-}
-
-inline Orb32s leastKey(const OrbGITDecState& state) {
   Orb32s least = kFinished;
   for (Orb32s i = 0; i < 16; ++i) {
-    const Orb32s lowest = state.lowest[i];
-    least = lowest < least ? lowest : least;
+    const Orb32s at = block * 16 + i;
+    const Orb32s key = lowered(state.key[at], passed + chosen(at < now.rank, 256, 0));
+    const Orb32s withRank = chosen(at == now.rank, now.key, key);
+    state.key[at] = chosen(at == now.other, now.otherKey, withRank);
+    least = lesser(least, chosen((at == now.rank) | (at == now.other), kFinished, key));
   }
   return least;
 }
 
-constexpr Orb32s keyAtRank(Orb32s key, Orb32s from, Orb32s to) {
-  return key == kFinished ? key : key - from + to;
-}
-
-// The bytes take their distances along.
-inline void exchangeKeys(OrbGITDecState& state, Orb32s rank, Orb32s other) {
-  const Orb32s block = other >> 4;
-  settleBlock(state, block, 0);
-  const Orb32s key = state.key[rank];
-  state.key[rank] = keyAtRank(state.key[other], other, rank);
-  state.key[other] = keyAtRank(key, rank, other);
-  findLowest(state, block);
+// Notes for all lower ranks that the rank has occurred, and sets the new keys. Returns the least of
+// all.
+inline Orb32s setKeys(OrbGITDecState& state, const NewKeys& now) {
+  const Orb32s block = now.rank >> 4;
+  const Orb32s otherBlock = now.other >> 4;
+  const bool isOneBlock = block == otherBlock;
+  Orb32s low = lesser(settleBlock(state, block, now), now.key);
+  Orb32s otherLow = now.otherKey;
+  if (isOneBlock) {
+    otherLow = low = lesser(low, otherLow);
+  } else {
+    otherLow = lesser(settleBlock(state, otherBlock, now), otherLow);
+  }
+  Orb32s least = lesser(low, otherLow);
+  for (Orb32s i = 0; i < 16; ++i) {
+    const bool isSettled = (i == block) | (i == otherBlock);
+    const Orb32s by = chosen(i < block, 256, 0);
+    const Orb32s lowest = lowered(state.lowest[i], by);
+    state.passed[i] = chosen(isSettled, 0, state.passed[i] + by);
+    state.lowest[i] = chosen(i == block, low, chosen(i == otherBlock, otherLow, lowest));
+    least = lesser(least, chosen(isSettled, kFinished, lowest));
+  }
+  return least;
 }
 
 // ---- Blocks
 
-// Takes the next distance of a byte. False if it doesn't occur again.
-inline bool takeDistance(const Orb8u* src, Orb32s srcLen, OrbGITDecState& state, Orb32s stream,
-                         Orb32u& distance) {
-  return takeValue(src, srcLen, state.input[stream], state.statistics[stream], distance);
+// The next distance of a stream, times 256. The first one may be anything, those behind it are not
+// negative.
+inline Orb32s takeDistance(const Orb8u* src, Orb32s srcLen, OrbGITDecState& state, Orb32s stream,
+                           Orb32u most) {
+  Orb32u distance;
+  const bool isThere =
+      takeValue(src, srcLen, state.input[stream], state.statistics[stream], distance);
+  return isThere && distance <= most ? static_cast<Orb32s>(distance << 8) : kFinished;
 }
+constexpr Orb32u kAnyDistance = ~Orb32u{0};
+constexpr Orb32u kMostDistance = 0x7FFFFFFF;
 
 // The output is written as it is found, up to maxDstLen bytes, even if there turn out to be more.
 inline OrbStatus orbDecodeGIT(const Orb8u* src, Orb32s srcLen, Orb8u* dst, Orb32s* pDstLen,
@@ -200,48 +206,55 @@ inline OrbStatus orbDecodeGIT(const Orb8u* src, Orb32s srcLen, Orb8u* dst, Orb32
   resetRanks(state.ranks);
   findStreams(src, srcLen, state.input);
   for (Orb32s rank = 0; rank < kTopRank; ++rank) {
-    Orb32u distance;
-    const bool occurs = takeDistance(src, srcLen, state, rank, distance);
-    state.key[rank] = occurs ? keyOf(rank, distance) : kFinished;
+    state.key[rank] = keyAtRank(takeDistance(src, srcLen, state, rank, kAnyDistance), rank);
+    state.ahead[rank] = takeDistance(src, srcLen, state, rank, kMostDistance);
   }
   // The stream of the top rank's byte says how often it occurs.
-  Orb32u topLeft;
-  if (!takeDistance(src, srcLen, state, kTopRank, topLeft)) topLeft = 0;
+  Orb32u topLeft = 0;
+  if (!takeValue(src, srcLen, state.input[kTopRank], state.statistics[kTopRank], topLeft)) {
+    topLeft = 0;
+  }
   state.key[kTopRank] = topLeft != 0 ? kTopRank : kFinished;
+  Orb32s least = kFinished;
   for (Orb32s block = 0; block < 16; ++block) {
+    Orb32s lowest = kFinished;
+    for (Orb32s i = 0; i < 16; ++i) lowest = lesser(lowest, state.key[block * 16 + i]);
     state.passed[block] = 0;
-    findLowest(state, block);
+    state.lowest[block] = lowest;
+    least = lesser(least, lowest);
   }
 
   Orb32s primed = mode == kGITUnprimed ? 0 : 256;
   Orb32s written = 0;
-  for (;;) {
-    const Orb32s least = leastKey(state);
-    if (least == kFinished) break;
+  while (least != kFinished) {
     const Orb32s rank = least & 255;
     const Orb8u byte = state.ranks.byteOf[rank];
-    state.ranks.count[rank] += 1;
-    passLowerKeys(state, rank);
+    const Orb32s stream = 255 - byte;
+    Orb32s distance = 0;
     if (rank == kTopRank) {
-      if (--topLeft == 0) state.key[rank] = kFinished;
+      if (--topLeft == 0) distance = kFinished;
     } else {
-      Orb32u distance;
-      const bool occurs =
-          takeDistance(src, srcLen, state, 255 - byte, distance) && distance >> 31 == 0;
-      state.key[rank] = occurs ? keyOf(rank, distance) : kFinished;
+      distance = state.ahead[stream];
+      if (distance != kFinished) {
+        state.ahead[stream] = takeDistance(src, srcLen, state, stream, kMostDistance);
+      }
     }
+    state.ranks.count[rank] += 1;
+    Orb32s next = rank;
     if (primed > 0) {
       --primed;
     } else {
       if (written == state.maxDstLen) return orbStsSizeErr;
       dst[written++] = byte;
-      const Orb32s next = nextRank(state.ranks, rank, mode);
-      if (next != rank) {
-        exchangeKeys(state, rank, next);
-        exchangeRanks(state.ranks, rank, next);
-      }
+      next = nextRank(state.ranks, rank, mode);
     }
-    findLowest(state, rank >> 4);
+    // The bytes of two ranks take their distances along.
+    NewKeys now = {rank, keyAtRank(distance, rank), rank, keyAtRank(distance, rank)};
+    if (next != rank) {
+      now = {rank, keyAtRank(keyBehind(state, next, rank), rank), next, keyAtRank(distance, next)};
+      exchangeRanks(state.ranks, rank, next);
+    }
+    least = setKeys(state, now);
   }
   store(pDstLen, written);
   return orbStsNoErr;

@@ -27,13 +27,14 @@ inline bool putBits(OrbGITEncState& state, Orb32s stream, uint64_t value, Orb32s
   Orb8u* const at = streamArea(state, stream) + first;
   uint64_t bits = value << (64 - n) >> held;
   bits |= static_cast<uint64_t>(*at & ~(255 >> held)) << 56;
+  const uint64_t word = __builtin_bswap64(bits);
   if (n < room && first + 8 <= streamAreaSize(state)) {
-    store(reinterpret_cast<uint64_t*>(at), __builtin_bswap64(bits));
+    store(reinterpret_cast<uint64_t*>(at), word);
     state.position[stream] = position + n;
     return true;
   }
   const Orb32s written = n < room ? n : room;
-  for (Orb32s i = 0; i * 8 < held + written; ++i) at[i] = static_cast<Orb8u>(bits >> (56 - 8 * i));
+  __builtin_memcpy(at, &word, static_cast<size_t>((held + written + 7) / 8));
   state.position[stream] = position + written;
   return n < room;
 }
@@ -60,7 +61,6 @@ inline bool putValue(OrbGITEncState& state, Orb32s stream, Orb32u value) {
   const Orb32u k = statistics.k;
   const Orb32u quotient = shiftedRight(value, k);
   if (quotient >= kEscape) return putEscapedValue(state, stream, value, k);
-  ageStatistics(statistics);
   const uint64_t prefix = (uint64_t{1} << quotient) - 1;
   const uint64_t remainder = value & ((uint64_t{1} << k) - 1);
   if (!putBits(state, stream, prefix << (k + 1) | remainder,
@@ -82,17 +82,17 @@ inline Orb32s closeStream(OrbGITEncState& state, Orb32s stream) {
 
 // ---- Intervals
 
-// How often higher ranks have occurred.
+// How often higher ranks have occurred: what is at the right of the way up.
 inline Orb32s countHigher(const OrbGITEncState& state, Orb32s rank) {
-  return state.higherInBlock[rank] + state.higherBlocks[rank >> 4];
+  Orb32s higher = 0;
+  for (Orb32s node = rank + 256; node > 1; node >>= 1) {
+    higher += chosen((node & 1) == 0, state.hits[node | 1], 0);
+  }
+  return higher;
 }
 
-// Notes for all lower ranks that this one has occurred.
-inline void passLowerRanks(OrbGITEncState& state, Orb32s rank) {
-  const Orb32s block = rank >> 4;
-  const Orb32s place = rank & 15;
-  for (Orb32s i = 0; i < 16; ++i) state.higherBlocks[i] += i < block;
-  for (Orb32s i = 0; i < 16; ++i) state.higherInBlock[block * 16 + i] += i < place;
+inline void countRank(OrbGITEncState& state, Orb32s rank) {
+  for (Orb32s node = rank + 256; node > 0; node >>= 1) state.hits[node] += 1;
 }
 
 // The byte of this rank occurs: its interval is the number of higher ranks since it last did. The
@@ -101,7 +101,7 @@ inline void passLowerRanks(OrbGITEncState& state, Orb32s rank) {
 // Returns false if nothing more is to be done for this byte.
 inline bool putInterval(OrbGITEncState& state, Orb32s rank, Orb32s stream) {
   state.ranks.count[rank] += 1;
-  passLowerRanks(state, rank);
+  countRank(state, rank);
   if (rank == kTopRank) return false;
   const Orb32s higher = countHigher(state, rank);
   const Orb32s interval = higher - state.last[rank];
@@ -123,8 +123,7 @@ inline void resetEncoder(OrbGITEncState& state) {
   resetRanks(state.ranks);
   orbZero(state.position, sizeof state.position);
   orbZero(state.last, sizeof state.last);
-  orbZero(state.higherInBlock, sizeof state.higherInBlock);
-  orbZero(state.higherBlocks, sizeof state.higherBlocks);
+  orbZero(state.hits, sizeof state.hits);
 }
 
 // ---- Blocks
