@@ -36,7 +36,10 @@ set(ORB_ENTRY_SOURCES
     jpeg/lossless.cpp
     jpeg/mcu.cpp
     jpeg/quant.cpp
-    jpeg/sampling.cpp)
+    jpeg/sampling.cpp
+    jpeg2k/components.cpp
+    jpeg2k/wavelet_image.cpp
+    jpeg2k/wavelet_lifting.cpp)
 
 function(orb_object_library name)
   add_library(${name} OBJECT ${ARGN})

@@ -40,6 +40,14 @@ typedef struct OrbiSize {
   Orb32s height;
 } OrbiSize;
 
+/* A region by its first column and row and its size. Passed by address. */
+typedef struct OrbiRect {
+  Orb32s x;
+  Orb32s y;
+  Orb32s width;
+  Orb32s height;
+} OrbiRect;
+
 #ifdef __cplusplus
 }
 #endif
