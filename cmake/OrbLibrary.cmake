@@ -13,7 +13,10 @@ set(ORB_FRAME_SOURCES
     frame/version.cpp
     jpeg/tables/color.cpp
     jpeg/tables/huffman.cpp
-    jpeg/tables/zigzag.cpp)
+    jpeg/tables/zigzag.cpp
+    jpeg2k/tables/contexts.cpp
+    jpeg2k/tables/distortion.cpp
+    jpeg2k/tables/mq.cpp)
 
 set(ORB_ENTRY_SOURCES
     compress/bwt.cpp
@@ -40,6 +43,9 @@ set(ORB_ENTRY_SOURCES
     jpeg2k/components.cpp
     jpeg2k/wavelet_image.cpp
     jpeg2k/wavelet_lifting.cpp)
+    jpeg2k/codeblock_decoder.cpp
+    jpeg2k/codeblock_encoder.cpp
+    jpeg2k/codeblock_progressive.cpp)
 
 function(orb_object_library name)
   add_library(${name} OBJECT ${ARGN})

@@ -374,15 +374,267 @@ ORB_API OrbStatus ORB_CALL legacy90orbiICTInv_JPEG2K_32f_P3IR(Orb32f* const pSrc
 
 /* ------------------------------------------------------------------------------------------------
  * Code-block encoder (T.800 annexes C and D)
+ *
+ * Codes the quantised coefficients of one code-block at a time, in two stages with a record between
+ * them. LoadCodeBlock models all coding passes and keeps their decisions; no byte exists yet.
+ * StoreBits then runs them through the MQ coder, or writes them as raw bits, into buffers of any
+ * size: it stops when a buffer is full and goes on in the next call. When it has finished, the
+ * three Get functions tell what a rate-distortion optimiser wants to know of each pass:
+ *
+ *     orbiEncodeInitAlloc_JPEG2K(&state, (OrbiSize){64, 64});
+ *     for each code-block
+ *       orbiEncodeLoadCodeBlock_JPEG2K_32s_C1R(..., state, ..., &bits, &passes, &segments);
+ *       do orbiEncodeStoreBits_JPEG2K_1u(buffer, &length, state, &isNotFinished);
+ *       while (isNotFinished);
+ *       orbiEncodeGetRate_JPEG2K(state, pass, &rate) ...
+ *     orbiEncodeFree_JPEG2K(state);
+ *
+ * A sample has its sign in bit 31, 1 for negative, and its magnitude in bits 30..0; bit-plane p is
+ * magnitude bit p.
  * ---------------------------------------------------------------------------------------------- */
+
+typedef struct OrbiEncodeState_JPEG2K OrbiEncodeState_JPEG2K;
+
+/* Allocates a state for code-blocks up to a size. It takes 1090 bytes for each four rows of a
+ * column, most of which are never touched.
+ *
+ * Returns orbStsNullPtrErr for ppState, orbStsSizeErr if the height or the width is below 1,
+ * orbStsMemAllocErr, with *ppState set to null, if there is no memory for it.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeInitAlloc_JPEG2K(OrbiEncodeState_JPEG2K** ppState,
+                                                              OrbiSize codeBlockMaxSize);
+
+/* Releases a state. Its tag is not looked at.
+ *
+ * Returns orbStsNullPtrErr.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeFree_JPEG2K(OrbiEncodeState_JPEG2K* pState);
+
+/* Models all coding passes of a block. What the state held of an earlier block is gone, finished or
+ * not.
+ *
+ * subband     2 for HL, 3 for HH, any other value for LL and LH: the contexts of zero coding
+ * magnBits    how many magnitude bits are coded, from bit 30 downwards: the last plane is
+ *             31 - magnBits. None below 1, all from 31 on.
+ * mqTermMode  how the MQ coder ends a codeword segment: 1 with as few bytes as there can be; 2 in
+ *             the predictable way of D.4.2, which a decoder can check; any other value with the
+ *             flush of C.2.9
+ * reserved    not read
+ * codeStyle   a sum of
+ *             1   vertically causal contexts (D.7)
+ *             2   selective arithmetic coding bypass (D.6): from the fifth plane on significance
+ * and refinement passes are raw 4   each pass is a codeword segment of its own 8   the contexts are
+ * reset behind each pass 16  each cleanup pass ends with the segmentation symbols (D.5) 32  the
+ * last plane is exact: samples are whole numbers of its step, so nothing is left open below it. It
+ * matters to orbiEncodeGetDist_JPEG2K alone.
+ *
+ * The first pass is the cleanup pass of the highest plane that has a bit; on each plane below come
+ * a significance, a refinement and a cleanup pass. Raw bits are padded with 0101... where a segment
+ * ends.
+ *
+ * *pMaxBitLength   becomes the number of bits of the largest magnitude, 0 if all samples are 0
+ * *pPassCount      the number of passes, 0 if no plane from the last one up has a bit
+ * *pTermPassCount  the number of codeword segments: that of passes with style 4; without it a
+ *                  segment is a run of passes of one kind, and without any pass there is 1
+ *
+ * Returns orbStsNullPtrErr for pState, orbStsContextMatchErr if it is no encoder's state,
+ * orbStsNullPtrErr for any of the three results, orbStsSizeErr if the height or the width is below
+ * 1, orbStsNullPtrErr for pSrc, orbStsStepErr if srcStep < 1, orbStsSizeErr if the state has no
+ * room for a block of this size.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeLoadCodeBlock_JPEG2K_32s_C1R(
+    const Orb32s* pSrc, Orb32s srcStep, OrbiSize codeBlockSize, OrbiEncodeState_JPEG2K* pState,
+    Orb32s subband, Orb32s magnBits, Orb32s mqTermMode, Orb32s reserved, Orb32s codeStyle,
+    Orb32s* pMaxBitLength, Orb32s* pPassCount, Orb32s* pTermPassCount);
+
+/* Stores the next bytes of the block. On entry *pDstLen is the room at pDst in bytes, on return the
+ * number of bytes written; *pIsNotFinished becomes 1 if there are passes left and 0 if the block is
+ * complete. The bytes, and what the Get functions say in the end, do not depend on how the buffers
+ * were cut. A block without passes has no bytes.
+ *
+ * Returns orbStsNullPtrErr for pState, orbStsContextMatchErr if it is no encoder's state,
+ * orbStsNullPtrErr for pDst, pDstLen or pIsNotFinished, orbStsSizeErr if *pDstLen < 1.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeStoreBits_JPEG2K_1u(Orb8u* pDst, Orb32s* pDstLen,
+                                                                 OrbiEncodeState_JPEG2K* pState,
+                                                                 Orb32s* pIsNotFinished);
+
+/* Tells how many bytes of the block are enough to decode it up to and including a pass. At the end
+ * of a segment that is what has been stored, without a last byte of 255; within one it is an upper
+ * limit. Passes that StoreBits has not finished have the values of an earlier block.
+ *
+ * Returns orbStsNullPtrErr for pState, orbStsContextMatchErr if it is no encoder's state,
+ * orbStsNullPtrErr for pRate, orbStsPassIndexErr if passIndex is not one of a pass.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeGetRate_JPEG2K(const OrbiEncodeState_JPEG2K* pState,
+                                                            Orb32s passIndex, Orb32s* pRate);
+
+/* Tells by how much the passes up to and including one decrease the squared error of the block, in
+ * units of the squared step of the last plane. A decoder is taken to put each sample in the middle
+ * of what its missing bits leave open, of which the next six are counted.
+ *
+ * The weight of a plane is made of a 32-bit integer: it is right as long as no more than 22 planes
+ * lie between the first and the last. From there on it turns negative, and then starts again at 1.
+ *
+ * Statuses as above.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeGetDist_JPEG2K(const OrbiEncodeState_JPEG2K* pState,
+                                                            Orb32s passIndex, Orb64f* pDist);
+
+/* Tells the length of a codeword segment in bytes, a last byte of 255 included. Passes that
+ * StoreBits has not finished have the values of an earlier block.
+ *
+ * Statuses as above, for the index of a segment. A block without passes has one of length 0, unless
+ * each pass is a segment.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiEncodeGetTermPassLen_JPEG2K(
+    const OrbiEncodeState_JPEG2K* pState, Orb32s termPassIndex, Orb32s* pLength);
 
 /* ------------------------------------------------------------------------------------------------
  * Code-block decoder (T.800 annexes C and D)
+ *
+ * Decodes one code-block from its codeword segments, in one call; it is the progressive decoder of
+ * the next section, used from beginning to end. The magnitude of each sample stands in its bits
+ * 30..0 at its true position, the sign in bit 31. The state is memory of the host's, at any address
+ * and with any contents, and serves any number of blocks that are not larger than it was sized for.
  * ---------------------------------------------------------------------------------------------- */
+
+/* Stores the size of a state for blocks up to a size, in bytes:
+ * (width * 4 + 8, rounded up to a multiple of 32) * ((height + 1) / 2 + 2) + 388.
+ *
+ * Returns orbStsSizeErr if the height or the width is below 1, orbStsNullPtrErr for pSize,
+ * orbStsSizeErr if the size is more than pSize can hold.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeGetBufSize_JPEG2K(OrbiSize maxSize, Orb32s* pSize);
+
+/* Decodes a block. Its segments lie one behind the other at pSrc; pSegmentLengths has the length of
+ * each of the segmentCount segments in bytes, and a length below 1 is that of an empty one.
+ *
+ * subband      as for the encoder
+ * bitPlanes    the number of bit-planes, 1 to 31; the first pass is the cleanup pass of plane
+ *              bitPlanes - 1
+ * passCount    how many passes there are; no more is decoded
+ * codeStyle    a sum of
+ *              1, 2, 4, 8, 16  as for the encoder
+ *              0x10000   on an error, fall back to the plane in which it was found: in every sample
+ *                        the bits below that plane are cleared; if a bit of the magnitude is left
+ *                        the plane's bit is set, else the sample becomes 0
+ *              0x20000   go on with the samples in pDst, instead of clearing them first
+ *              0x40000   keep midpoints: a sample has the bit below its last decoded plane set, as
+ *                        the middle of what is left open. Without it all bits below the current
+ *                        plane (as orbiDecodeCBProgrGetCurBitPlaneNum_JPEG2K tells it) are cleared
+ *                        in the end.
+ *              0x80000   go on with what the state knows of samples that are significant, instead
+ * of clearing it first 0x100000  check that segments of the MQ coder were ended in the predictable
+ * way, and raw significance passes that are segments of their own with 0101... pErrorPlane receives
+ * the current plane after an error, and may be null
+ *
+ * A segment never ends too soon: bytes of 255 are read behind it. Two kinds of damage are found:
+ * segmentation symbols (style 16) that do not read 1, 0, 1, 0, and segments that end in another way
+ * than the encoder's; the end of a raw refinement pass is checked without being asked for. Where a
+ * pass is checked for both, the end alone decides. Decoding stops behind the segment, and what it
+ * gave stays in pDst.
+ *
+ * Returns orbStsNullPtrErr for pSrc or pState, orbStsSizeErr if the height or the width is below 1,
+ * orbStsNullPtrErr for pSegmentLengths or pDst, orbStsStepErr if dstStep < 1;
+ * orbStsCodeBlockDataErr if damage was found.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeCodeBlock_JPEG2K_1u32s_C1R(
+    const Orb8u* pSrc, Orb32s* pDst, Orb32s dstStep, OrbiSize codeBlockSize, Orb32s subband,
+    Orb32s bitPlanes, Orb32s passCount, const Orb32s* pSegmentLengths, Orb32s segmentCount,
+    Orb32s codeStyle, Orb32s* pErrorPlane, void* pState);
 
 /* ------------------------------------------------------------------------------------------------
  * Progressive code-block decoder (T.800 annexes C and D)
+ *
+ * Decodes a code-block as its codeword segments arrive: attach a destination, set the pass counter,
+ * then take a step for each segment. Between steps the host may look at the samples, raise the
+ * counter, or stop. The state remembers which kind of pass comes next.
+ *
+ * A state is made in one of two ways. Either the host takes memory of the size that GetStateSize
+ * reports, at any address, and hands it to Init; or InitAlloc allocates it, and Free releases it.
+ * What the host allocated itself is never passed to Free. A state may be attached again and again,
+ * to blocks that are not larger than it was sized for. It knows its own address, and must not be
+ * moved.
  * ---------------------------------------------------------------------------------------------- */
+
+typedef struct OrbiDecodeCBProgrState_JPEG2K OrbiDecodeCBProgrState_JPEG2K;
+
+/* As orbiDecodeGetBufSize_JPEG2K. */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeCBProgrGetStateSize_JPEG2K(OrbiSize maxSize,
+                                                                        Orb32s* pSize);
+
+/* Allocates and initialises a state.
+ *
+ * Returns orbStsNullPtrErr for ppState, orbStsSizeErr if the height or the width is below 1,
+ * orbStsMemAllocErr, with *ppState set to null, if there is no memory for it.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeCBProgrInitAlloc_JPEG2K(
+    OrbiDecodeCBProgrState_JPEG2K** ppState, OrbiSize maxSize);
+
+/* Initialises a state in memory of the host's. It is not attached.
+ *
+ * Returns orbStsNullPtrErr.
+ */
+ORB_API OrbStatus ORB_CALL
+legacy90orbiDecodeCBProgrInit_JPEG2K(OrbiDecodeCBProgrState_JPEG2K* pState);
+
+/* Releases a state of InitAlloc.
+ *
+ * Returns orbStsNullPtrErr, orbStsContextMatchErr if it is no decoder's state.
+ */
+ORB_API OrbStatus ORB_CALL
+legacy90orbiDecodeCBProgrFree_JPEG2K(OrbiDecodeCBProgrState_JPEG2K* pState);
+
+/* Starts a block. Its samples at pDst are cleared, and so is what the state knows of them, unless
+ * `flags` says otherwise; the contexts start anew, the next pass is the cleanup pass of plane
+ * bitPlanes - 1, and the pass counter is 0. subband, bitPlanes and `flags` are as for
+ * orbiDecodeCodeBlock_JPEG2K_1u32s_C1R, except that 0x10000 and 0x40000 mean nothing here:
+ * midpoints stay, and an error changes nothing.
+ *
+ * Returns orbStsNullPtrErr for pState or pDst, orbStsStepErr if dstStep < 1, orbStsSizeErr if the
+ * height or the width is below 1, orbStsContextMatchErr if pState is no decoder's state.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeCBProgrAttach_JPEG2K_32s_C1R(
+    Orb32s* pDst, Orb32s dstStep, OrbiSize codeBlockSize, OrbiDecodeCBProgrState_JPEG2K* pState,
+    Orb32s subband, Orb32s bitPlanes, Orb32s flags);
+
+/* Sets how many passes are still to be decoded, or stores how many those are.
+ *
+ * Returns orbStsNullPtrErr for either pointer, orbStsContextMatchErr if pState is no decoder's
+ * state.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeCBProgrSetPassCounter_JPEG2K(
+    Orb32s passCount, OrbiDecodeCBProgrState_JPEG2K* pState);
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeCBProgrGetPassCounter_JPEG2K(
+    const OrbiDecodeCBProgrState_JPEG2K* pState, Orb32s* pPassCount);
+
+/* Stores the current plane: that of the next pass if the counter allows one more, and -1 behind the
+ * last plane. When the counter runs out behind a cleanup pass that is not a segment of its own, the
+ * plane stays that of the cleanup pass.
+ *
+ * Returns orbStsNullPtrErr for either pointer, orbStsContextMatchErr if pState is no decoder's
+ * state.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(
+    const OrbiDecodeCBProgrState_JPEG2K* pState, Orb32s* pPlane);
+
+/* Decodes the next codeword segment, of srcLen bytes; a length below 1 is that of an empty one. The
+ * counter falls by 1 with each pass. With style 4 a step is one pass. Without it, it is all passes
+ * up to the next change between the MQ coder and raw bits: the first segment goes down to the
+ * fourth plane, then a raw significance pass with its refinement pass and a cleanup pass take
+ * turns; without the bypass there is one segment for all. A step ends early when the counter runs
+ * out, and does nothing if it has, or if no plane is left.
+ *
+ * An error does not stop the machine: the state is as if all had gone well, and the next step may
+ * follow.
+ *
+ * Returns orbStsNullPtrErr for pSrc or pState, orbStsContextMatchErr if pState is no decoder's
+ * state, orbStsNotAttachedErr if it is not attached; orbStsCodeBlockDataErr if damage was found, as
+ * orbiDecodeCodeBlock_JPEG2K_1u32s_C1R tells it, with the segment decoded.
+ */
+ORB_API OrbStatus ORB_CALL legacy90orbiDecodeCBProgrStep_JPEG2K(
+    const Orb8u* pSrc, Orb32s srcLen, OrbiDecodeCBProgrState_JPEG2K* pState);
 
 #ifdef __cplusplus
 }
