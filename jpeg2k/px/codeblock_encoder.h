@@ -73,8 +73,8 @@ inline void recordPass(OrbiEncodeState_JPEG2K& state, PlanePass& pass, Orb32s ex
   recorded.isRaw = isRaw;
 }
 
-inline void recordPasses(OrbiEncodeState_JPEG2K& state, const CodedBlock& block, Orb32s bitLength,
-                         Orb32s lastPlane) {
+inline void recordPasses(OrbiEncodeState_JPEG2K& state, const CodeBlock<const Orb32s>& block,
+                         Orb32s bitLength, Orb32s lastPlane) {
   const Orb32s topPlane = bitLength - 1;
   PlanePass pass = {};
   pass.block = block;
@@ -121,12 +121,12 @@ inline Orb32s orbLoadCodeBlock(OrbiEncodeState_JPEG2K& state, const Orb32s* src,
 
   const Orb32u magnitudes = orbJoinMagnitudes(src, srcStep, size);
   const Orb32s bitLength = magnitudes == 0 ? 0 : 32 - __builtin_clz(magnitudes);
-  const CodedBlock block = {src,
-                            srcStep,
-                            size,
-                            stripeWordsIn(wordsOf(state), size.width),
-                            &zeroCodingOf(subband),
-                            (style & kStyleCausal) != 0};
+  const CodeBlock<const Orb32s> block = {src,
+                                         srcStep,
+                                         size,
+                                         stripeWordsIn(wordsOf(state), size.width),
+                                         &zeroCodingOf(subband),
+                                         (style & kStyleCausal) != 0};
   recordPasses(state, block, bitLength, 31 - limit(magnBits, 0, 31));
   return bitLength;
 }

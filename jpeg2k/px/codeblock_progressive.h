@@ -62,12 +62,12 @@ inline void orbAttach(OrbiDecodeCBProgrState_JPEG2K& state, Orb32s* dst, Orb32s 
 template <class Source>
 inline PlaneDecoder<Source> planeDecoder(OrbiDecodeCBProgrState_JPEG2K& state, Source source,
                                          Orb32u* contexts) {
-  const DecodedBlock block = {state.dst,
-                              state.dstStep,
-                              state.size,
-                              stripeWordsIn(wordsOf(state), state.size.width),
-                              &zeroCodingOf(state.subband),
-                              (state.flags & kStyleCausal) != 0};
+  const CodeBlock<Orb32s> block = {state.dst,
+                                   state.dstStep,
+                                   state.size,
+                                   stripeWordsIn(wordsOf(state), state.size.width),
+                                   &zeroCodingOf(state.subband),
+                                   (state.flags & kStyleCausal) != 0};
   return {block, source, contexts, 0};
 }
 

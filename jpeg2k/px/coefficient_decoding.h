@@ -7,20 +7,10 @@
 
 namespace orb::ORB_BUILD::plain {
 
-// A code-block in sign-magnitude form, as far as it has been decoded.
-struct DecodedBlock {
-  Orb32s* dst;
-  Orb32s dstStep;
-  OrbiSize size;
-  StripeWords words;
-  const OrbTable<uint8_t, 512>* zeroCoding;
-  bool isCausal;
-};
-
 // What a pass over one bit-plane works with; `Source` is MqDecoder or RawReader.
 template <class Source>
 struct PlaneDecoder {
-  DecodedBlock block;
+  CodeBlock<Orb32s> block;
   Source source;
   Orb32u* contexts;
   Orb32u plane;  // 0 to 31; a sample has no place for the last, but it does no harm
@@ -44,7 +34,7 @@ template <int kRow, class Source>
     isNegative = decode(pass.source, pass.contexts[context & 127]) ^ context >> 7;
   }
   const Orb32u sample = isNegative << 31 | 3u << pass.plane >> 1;
-  store(rowAt(dst, pass.block.dstStep, kRow), static_cast<Orb32s>(sample));
+  store(rowAt(dst, pass.block.step, kRow), static_cast<Orb32s>(sample));
   becomeSignificant<kRow>(word, at, pass.block.words.stride, isNegative, pass.block.isCausal);
 }
 
@@ -73,20 +63,21 @@ template <int kRow, class Source>
 }
 
 template <class Source>
-inline void significancePass(PlaneDecoder<Source>& outer) {
-  PlaneDecoder<Source> pass = outer;
-  scanStripes(pass.block.words, pass.block.dst, pass.block.dstStep, pass.block.size,
-              [&](Orb32u* at, Orb32s* dst, Orb32u rows) {
-                Orb32u word = *at;
-                Orb32u pending = rowsWithNeighbours(word) & rows;
-                if (pending == 0) return;
-                visitSignificance<0>(pass, dst, rows, pending, word, at);
-                visitSignificance<1>(pass, dst, rows, pending, word, at);
-                visitSignificance<2>(pass, dst, rows, pending, word, at);
-                visitSignificance<3>(pass, dst, rows, pending, word, at);
-                *at = word;
-              });
-  outer.source = pass.source;
+[[gnu::always_inline]] inline void significanceColumn(PlaneDecoder<Source>& pass, Orb32u* at,
+                                                      Orb32s* dst, Orb32u rows) {
+  Orb32u word = *at;
+  Orb32u pending = rowsWithNeighbours(word) & rows;
+  if (pending == 0) return;
+  visitSignificance<0>(pass, dst, rows, pending, word, at);
+  visitSignificance<1>(pass, dst, rows, pending, word, at);
+  visitSignificance<2>(pass, dst, rows, pending, word, at);
+  visitSignificance<3>(pass, dst, rows, pending, word, at);
+  *at = word;
+}
+
+template <class Source>
+inline void significancePass(PlaneDecoder<Source>& pass) {
+  scanStripes<significanceColumn<Source>>(pass);
 }
 
 // ---- Magnitude refinement pass (D.3.3)
@@ -101,27 +92,28 @@ template <int kRow, class Source>
   } else {
     bit = decode(pass.source, pass.contexts[refinementContext<kRow>(word)]);
   }
-  Orb32s* const sample = rowAt(dst, pass.block.dstStep, kRow);
+  Orb32s* const sample = rowAt(dst, pass.block.step, kRow);
   const Orb32u above = static_cast<Orb32u>(load(sample)) & ~0u << pass.plane << 1;
   const Orb32u half = 1u << pass.plane >> 1;
   store(sample, static_cast<Orb32s>(above | bit << pass.plane | half));
 }
 
 template <class Source>
-inline void refinementPass(PlaneDecoder<Source>& outer) {
-  PlaneDecoder<Source> pass = outer;
-  scanStripes(pass.block.words, pass.block.dst, pass.block.dstStep, pass.block.size,
-              [&](Orb32u* at, Orb32s* dst, Orb32u rows) {
-                const Orb32u word = *at;
-                const Orb32u pending = rowsToRefine(word) & rows;
-                if (pending == 0) return;
-                visitRefinement<0>(pass, dst, pending, word);
-                visitRefinement<1>(pass, dst, pending, word);
-                visitRefinement<2>(pass, dst, pending, word);
-                visitRefinement<3>(pass, dst, pending, word);
-                if (!kIsRaw<Source>) *at = word | pending << kRefinedShift;
-              });
-  outer.source = pass.source;
+[[gnu::always_inline]] inline void refinementColumn(PlaneDecoder<Source>& pass, Orb32u* at,
+                                                    Orb32s* dst, Orb32u rows) {
+  const Orb32u word = *at;
+  const Orb32u pending = rowsToRefine(word) & rows;
+  if (pending == 0) return;
+  visitRefinement<0>(pass, dst, pending, word);
+  visitRefinement<1>(pass, dst, pending, word);
+  visitRefinement<2>(pass, dst, pending, word);
+  visitRefinement<3>(pass, dst, pending, word);
+  if (!kIsRaw<Source>) *at = word | pending << kRefinedShift;
+}
+
+template <class Source>
+inline void refinementPass(PlaneDecoder<Source>& pass) {
+  scanStripes<refinementColumn<Source>>(pass);
 }
 
 // ---- Cleanup pass (D.3.4)
@@ -144,25 +136,25 @@ template <int kRow>
   return static_cast<Orb32s>(high << 1 | decode(pass.source, pass.contexts[orbUniformContext]));
 }
 
-inline void cleanupPass(PlaneDecoder<MqDecoder>& outer) {
-  PlaneDecoder<MqDecoder> pass = outer;
-  scanStripes(pass.block.words, pass.block.dst, pass.block.dstStep, pass.block.size,
-              [&](Orb32u* at, Orb32s* dst, Orb32u rows) {
-                Orb32u word = *at;
-                Orb32u pending = rowsToCleanUp(word) & rows;
-                Orb32s run = -1;
-                if (word == 0 && rows == kAllRows) {
-                  run = decodeRun(pass);
-                  if (run == 4) return;
-                  pending &= ~(significant(run) - 1);
-                }
-                visitCleanup<0>(pass, dst, pending, run, word, at);
-                visitCleanup<1>(pass, dst, pending, run, word, at);
-                visitCleanup<2>(pass, dst, pending, run, word, at);
-                visitCleanup<3>(pass, dst, pending, run, word, at);
-                *at = word & ~kAllVisited;
-              });
-  outer.source = pass.source;
+[[gnu::always_inline]] inline void cleanupColumn(PlaneDecoder<MqDecoder>& pass, Orb32u* at,
+                                                 Orb32s* dst, Orb32u rows) {
+  Orb32u word = *at;
+  Orb32u pending = rowsToCleanUp(word) & rows;
+  Orb32s run = -1;
+  if (word == 0 && rows == kAllRows) {
+    run = decodeRun(pass);
+    if (run == 4) return;
+    pending &= ~(significant(run) - 1);
+  }
+  visitCleanup<0>(pass, dst, pending, run, word, at);
+  visitCleanup<1>(pass, dst, pending, run, word, at);
+  visitCleanup<2>(pass, dst, pending, run, word, at);
+  visitCleanup<3>(pass, dst, pending, run, word, at);
+  *at = word & ~kAllVisited;
+}
+
+inline void cleanupPass(PlaneDecoder<MqDecoder>& pass) {
+  scanStripes<cleanupColumn>(pass);
 }
 
 // Whether the four decisions behind a cleanup pass are not those of the encoder (D.5).

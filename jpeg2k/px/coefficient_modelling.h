@@ -23,19 +23,9 @@ struct DecisionWriter {
   void put(Orb32u context, Orb32u bit) { *next++ = static_cast<Orb8u>(context << 1 | bit); }
 };
 
-// A code-block in sign-magnitude form, and what has been coded of it.
-struct CodedBlock {
-  const Orb32s* src;
-  Orb32s srcStep;
-  OrbiSize size;
-  StripeWords words;
-  const OrbTable<uint8_t, 512>* zeroCoding;
-  bool isCausal;
-};
-
 // What a pass over one bit-plane works with.
 struct PlanePass {
-  CodedBlock block;
+  CodeBlock<const Orb32s> block;
   Orb32s plane;
   // Bring the plane's bit to bit 6 of a sample, where the gain tables want it.
   Orb32s rightShift;
@@ -74,7 +64,7 @@ template <int kRow, bool kIsRaw>
 template <int kRow, bool kIsRaw>
 [[gnu::always_inline]] inline bool codeSignificance(PlanePass& pass, const Orb32s* src,
                                                     Orb32u& word, Orb32u* at) {
-  const Orb32s sample = load(rowAt(src, pass.block.srcStep, kRow));
+  const Orb32s sample = load(rowAt(src, pass.block.step, kRow));
   const Orb32u bit = bitOf(pass, sample);
   pass.decisions.put(kIsRaw ? 0 : zeroCodingContext<kRow>(word, *pass.block.zeroCoding), bit);
   if (bit == 0) return false;
@@ -95,20 +85,21 @@ template <int kRow, bool kIsRaw>
 }
 
 template <bool kIsRaw>
-inline void significancePass(PlanePass& outer) {
-  PlanePass pass = outer;
-  scanStripes(pass.block.words, pass.block.src, pass.block.srcStep, pass.block.size,
-              [&](Orb32u* at, const Orb32s* src, Orb32u rows) {
-                Orb32u word = *at;
-                Orb32u pending = rowsWithNeighbours(word) & rows;
-                if (pending == 0) return;
-                visitSignificance<0, kIsRaw>(pass, src, rows, pending, word, at);
-                visitSignificance<1, kIsRaw>(pass, src, rows, pending, word, at);
-                visitSignificance<2, kIsRaw>(pass, src, rows, pending, word, at);
-                visitSignificance<3, kIsRaw>(pass, src, rows, pending, word, at);
-                *at = word;
-              });
-  outer = pass;
+[[gnu::always_inline]] inline void significanceColumn(PlanePass& pass, Orb32u* at,
+                                                      const Orb32s* src, Orb32u rows) {
+  Orb32u word = *at;
+  Orb32u pending = rowsWithNeighbours(word) & rows;
+  if (pending == 0) return;
+  visitSignificance<0, kIsRaw>(pass, src, rows, pending, word, at);
+  visitSignificance<1, kIsRaw>(pass, src, rows, pending, word, at);
+  visitSignificance<2, kIsRaw>(pass, src, rows, pending, word, at);
+  visitSignificance<3, kIsRaw>(pass, src, rows, pending, word, at);
+  *at = word;
+}
+
+template <bool kIsRaw>
+inline void significancePass(PlanePass& pass) {
+  scanStripes<significanceColumn<kIsRaw>>(pass);
 }
 
 // ---- Magnitude refinement pass (D.3.3)
@@ -117,26 +108,27 @@ template <int kRow, bool kIsRaw>
 [[gnu::always_inline]] inline void visitRefinement(PlanePass& pass, const Orb32s* src,
                                                    Orb32u pending, Orb32u word) {
   if ((pending & significant(kRow)) == 0) return;
-  const Orb32s sample = load(rowAt(src, pass.block.srcStep, kRow));
+  const Orb32s sample = load(rowAt(src, pass.block.step, kRow));
   pass.decisions.put(kIsRaw ? 0 : refinementContext<kRow>(word), bitOf(pass, sample));
   pass.gain += orbRefinementGain[pass.isExact][sevenBits(pass, sample)];
 }
 
 template <bool kIsRaw>
-inline void refinementPass(PlanePass& outer) {
-  PlanePass pass = outer;
-  scanStripes(pass.block.words, pass.block.src, pass.block.srcStep, pass.block.size,
-              [&](Orb32u* at, const Orb32s* src, Orb32u) {
-                const Orb32u word = *at;
-                const Orb32u pending = rowsToRefine(word);
-                if (pending == 0) return;
-                visitRefinement<0, kIsRaw>(pass, src, pending, word);
-                visitRefinement<1, kIsRaw>(pass, src, pending, word);
-                visitRefinement<2, kIsRaw>(pass, src, pending, word);
-                visitRefinement<3, kIsRaw>(pass, src, pending, word);
-                if (!kIsRaw) *at = word | pending << kRefinedShift;
-              });
-  outer = pass;
+[[gnu::always_inline]] inline void refinementColumn(PlanePass& pass, Orb32u* at, const Orb32s* src,
+                                                    Orb32u rows) {
+  const Orb32u word = *at;
+  const Orb32u pending = rowsToRefine(word) & rows;
+  if (pending == 0) return;
+  visitRefinement<0, kIsRaw>(pass, src, pending, word);
+  visitRefinement<1, kIsRaw>(pass, src, pending, word);
+  visitRefinement<2, kIsRaw>(pass, src, pending, word);
+  visitRefinement<3, kIsRaw>(pass, src, pending, word);
+  if (!kIsRaw) *at = word | pending << kRefinedShift;
+}
+
+template <bool kIsRaw>
+inline void refinementPass(PlanePass& pass) {
+  scanStripes<refinementColumn<kIsRaw>>(pass);
 }
 
 // ---- Cleanup pass (D.3.4)
@@ -147,7 +139,7 @@ template <int kRow>
                                                 Orb32s run, Orb32u& word, Orb32u* at) {
   if ((pending & significant(kRow)) == 0) return;
   if (kRow == run) {
-    codeSign<kRow, false>(pass, load(rowAt(src, pass.block.srcStep, kRow)), word, at);
+    codeSign<kRow, false>(pass, load(rowAt(src, pass.block.step, kRow)), word, at);
   } else {
     codeSignificance<kRow, false>(pass, src, word, at);
   }
@@ -157,7 +149,7 @@ template <int kRow>
 // the first one.
 inline Orb32s codeRun(PlanePass& pass, const Orb32s* src) {
   Orb32s run = 0;
-  while (run < 4 && bitOf(pass, load(rowAt(src, pass.block.srcStep, run))) == 0) ++run;
+  while (run < 4 && bitOf(pass, load(rowAt(src, pass.block.step, run))) == 0) ++run;
   pass.decisions.put(orbRunLengthContext, run < 4);
   if (run == 4) return 4;
   pass.decisions.put(orbUniformContext, static_cast<Orb32u>(run) >> 1);
@@ -165,30 +157,29 @@ inline Orb32s codeRun(PlanePass& pass, const Orb32s* src) {
   return run;
 }
 
-inline void cleanupPass(PlanePass& outer) {
-  PlanePass pass = outer;
-  scanStripes(pass.block.words, pass.block.src, pass.block.srcStep, pass.block.size,
-              [&](Orb32u* at, const Orb32s* src, Orb32u rows) {
-                Orb32u word = *at;
-                Orb32u pending = rowsToCleanUp(word) & rows;
-                Orb32s run = -1;
-                if (word == 0 && rows == kAllRows) {
-                  run = codeRun(pass, src);
-                  if (run == 4) return;
-                  pending &= ~(significant(run) - 1);
-                }
-                visitCleanup<0>(pass, src, pending, run, word, at);
-                visitCleanup<1>(pass, src, pending, run, word, at);
-                visitCleanup<2>(pass, src, pending, run, word, at);
-                visitCleanup<3>(pass, src, pending, run, word, at);
-                *at = word & ~kAllVisited;
-              });
-  if (pass.hasSegmentationSymbols) {
-    for (int i = 3; i >= 0; --i) {
-      pass.decisions.put(orbUniformContext, kSegmentationSymbols >> i & 1);
-    }
+[[gnu::always_inline]] inline void cleanupColumn(PlanePass& pass, Orb32u* at, const Orb32s* src,
+                                                 Orb32u rows) {
+  Orb32u word = *at;
+  Orb32u pending = rowsToCleanUp(word) & rows;
+  Orb32s run = -1;
+  if (word == 0 && rows == kAllRows) {
+    run = codeRun(pass, src);
+    if (run == 4) return;
+    pending &= ~(significant(run) - 1);
   }
-  outer = pass;
+  visitCleanup<0>(pass, src, pending, run, word, at);
+  visitCleanup<1>(pass, src, pending, run, word, at);
+  visitCleanup<2>(pass, src, pending, run, word, at);
+  visitCleanup<3>(pass, src, pending, run, word, at);
+  *at = word & ~kAllVisited;
+}
+
+inline void cleanupPass(PlanePass& pass) {
+  scanStripes<cleanupColumn>(pass);
+  if (!pass.hasSegmentationSymbols) return;
+  for (int i = 3; i >= 0; --i) {
+    pass.decisions.put(orbUniformContext, kSegmentationSymbols >> i & 1);
+  }
 }
 
 }  // namespace orb::ORB_BUILD::plain

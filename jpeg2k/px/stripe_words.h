@@ -145,18 +145,34 @@ inline void becomeSignificant(Orb32u& word, Orb32u* at, ptrdiff_t stride, bool i
   }
 }
 
-// Calls visit(word, first sample, rows) for each stripe's column in the order of the scan, with the
-// rows that there are as a mask.
-template <class Sample, class Visit>
-[[gnu::always_inline]] inline void scanStripes(const StripeWords& words, Sample* samples,
-                                               Orb32s step, OrbiSize size, Visit visit) {
-  Orb32u* at = words.words;
-  for (Orb32s left = size.height; left > 0; left -= 4) {
+// ---- Scanning
+
+// A code-block in sign-magnitude form, and what is known of it.
+template <class Sample>
+struct CodeBlock {
+  Sample* samples;
+  Orb32s step;
+  OrbiSize size;
+  StripeWords words;
+  const OrbTable<uint8_t, 512>* zeroCoding;
+  bool isCausal;
+};
+
+// Calls kVisit(pass, word, first sample, rows) for each stripe's column of pass.block in the order
+// of the scan, with the rows that there are as a mask. It works on a copy of the pass, so that
+// compilers keep what changes in registers.
+template <auto kVisit, class Pass>
+inline void scanStripes(Pass& outer) {
+  Pass pass = outer;
+  Orb32u* at = pass.block.words.words;
+  auto* samples = pass.block.samples;
+  for (Orb32s left = pass.block.size.height; left > 0; left -= 4) {
     const Orb32u rows = rowsOfStripe(left);
-    for (Orb32s x = 0; x < size.width; ++x) visit(at + x, samples + x, rows);
-    at += words.stride;
-    samples = rowAt(samples, step, 4);
+    for (Orb32s x = 0; x < pass.block.size.width; ++x) kVisit(pass, at + x, samples + x, rows);
+    at += pass.block.words.stride;
+    samples = rowAt(samples, pass.block.step, 4);
   }
+  outer = pass;
 }
 
 }  // namespace orb::ORB_BUILD::plain
