@@ -23,56 +23,45 @@ constexpr bool kIsRaw<RawReader> = true;
 
 // Decodes the sign of a sample that has just become significant, and puts it in the middle of what
 // its lower bits leave open.
-template <int kRow, class Source>
-[[gnu::always_inline]] inline void decodeSign(PlaneDecoder<Source>& pass, Orb32s* dst, Orb32u& word,
-                                              Orb32u* at) {
+template <class Source>
+[[gnu::always_inline]] inline void decodeSign(PlaneDecoder<Source>& pass, Orb32u* at, Orb32s* dst,
+                                              Orb32s row) {
   Orb32u isNegative;
   if constexpr (kIsRaw<Source>) {
     isNegative = readBit(pass.source);
   } else {
-    const Orb32u context = signContext<kRow>(word, at);
-    isNegative = decode(pass.source, pass.contexts[context & 127]) ^ context >> 7;
+    const Orb32u context = signContext(*at, at, row);
+    isNegative = decodeEven(pass.source, pass.contexts[context & 127]) ^ context >> 7;
   }
   const Orb32u sample = isNegative << 31 | 3u << pass.plane >> 1;
-  store(rowAt(dst, pass.block.step, kRow), static_cast<Orb32s>(sample));
-  becomeSignificant<kRow>(word, at, pass.block.words.stride, isNegative, pass.block.isCausal);
+  store(rowAt(dst, pass.block.step, indexOf(row)), static_cast<Orb32s>(sample));
+  becomeSignificant(at, pass.block.words.stride, row, isNegative, pass.block.isCausal);
 }
 
-template <int kRow, class Source>
-[[gnu::always_inline]] inline Orb32u decodeSignificance(PlaneDecoder<Source>& pass, Orb32u word) {
+template <class Source>
+[[gnu::always_inline]] inline Orb32u decodeSignificance(PlaneDecoder<Source>& pass, Orb32u word,
+                                                        Orb32s row) {
   if constexpr (kIsRaw<Source>) {
     return readBit(pass.source);
   } else {
-    return decode(pass.source,
-                  pass.contexts[zeroCodingContext<kRow>(word, *pass.block.zeroCoding)]);
+    return decode(pass.source, pass.contexts[zeroCodingContext(word, row, *pass.block.zeroCoding)]);
   }
 }
 
 // ---- Significance propagation pass (D.3.1)
 
-template <int kRow, class Source>
-[[gnu::always_inline]] inline void visitSignificance(PlaneDecoder<Source>& pass, Orb32s* dst,
-                                                     Orb32u rows, Orb32u& pending, Orb32u& word,
-                                                     Orb32u* at) {
-  if ((pending & significant(kRow)) == 0) return;
-  if (decodeSignificance<kRow>(pass, word)) {
-    decodeSign<kRow>(pass, dst, word, at);
-    if (kRow < 3) pending |= significant(kRow + 1) & rows & ~word;
-  }
-  word |= significant(kRow) << kVisitedShift;
-}
-
 template <class Source>
 [[gnu::always_inline]] inline void significanceColumn(PlaneDecoder<Source>& pass, Orb32u* at,
                                                       Orb32s* dst, Orb32u rows) {
-  Orb32u word = *at;
-  Orb32u pending = rowsWithNeighbours(word) & rows;
-  if (pending == 0) return;
-  visitSignificance<0>(pass, dst, rows, pending, word, at);
-  visitSignificance<1>(pass, dst, rows, pending, word, at);
-  visitSignificance<2>(pass, dst, rows, pending, word, at);
-  visitSignificance<3>(pass, dst, rows, pending, word, at);
-  *at = word;
+  Orb32u pending = rowsWithNeighbours(*at) & rows;
+  while (pending != 0) {
+    const Orb32s row = takeRow(pending);
+    *at |= significant(row) << kVisitedShift;
+    if (decodeSignificance(pass, *at, row)) {
+      decodeSign(pass, at, dst, row);
+      pending |= significant(row + 3) & rows & ~*at;
+    }
+  }
 }
 
 template <class Source>
@@ -82,33 +71,25 @@ inline void significancePass(PlaneDecoder<Source>& pass) {
 
 // ---- Magnitude refinement pass (D.3.3)
 
-template <int kRow, class Source>
-[[gnu::always_inline]] inline void visitRefinement(PlaneDecoder<Source>& pass, Orb32s* dst,
-                                                   Orb32u pending, Orb32u word) {
-  if ((pending & significant(kRow)) == 0) return;
-  Orb32u bit;
-  if constexpr (kIsRaw<Source>) {
-    bit = readBit(pass.source);
-  } else {
-    bit = decode(pass.source, pass.contexts[refinementContext<kRow>(word)]);
-  }
-  Orb32s* const sample = rowAt(dst, pass.block.step, kRow);
-  const Orb32u above = static_cast<Orb32u>(load(sample)) & ~0u << pass.plane << 1;
-  const Orb32u half = 1u << pass.plane >> 1;
-  store(sample, static_cast<Orb32s>(above | bit << pass.plane | half));
-}
-
 template <class Source>
 [[gnu::always_inline]] inline void refinementColumn(PlaneDecoder<Source>& pass, Orb32u* at,
                                                     Orb32s* dst, Orb32u rows) {
   const Orb32u word = *at;
-  const Orb32u pending = rowsToRefine(word) & rows;
-  if (pending == 0) return;
-  visitRefinement<0>(pass, dst, pending, word);
-  visitRefinement<1>(pass, dst, pending, word);
-  visitRefinement<2>(pass, dst, pending, word);
-  visitRefinement<3>(pass, dst, pending, word);
+  Orb32u pending = rowsToRefine(word) & rows;
   if (!kIsRaw<Source>) *at = word | pending << kRefinedShift;
+  while (pending != 0) {
+    const Orb32s row = takeRow(pending);
+    Orb32u bit;
+    if constexpr (kIsRaw<Source>) {
+      bit = readBit(pass.source);
+    } else {
+      bit = decodeEven(pass.source, pass.contexts[refinementContext(word, row)]);
+    }
+    Orb32s* const sample = rowAt(dst, pass.block.step, indexOf(row));
+    const Orb32u above = static_cast<Orb32u>(load(sample)) & ~0u << pass.plane << 1;
+    const Orb32u half = 1u << pass.plane >> 1;
+    store(sample, static_cast<Orb32s>(above | bit << pass.plane | half));
+  }
 }
 
 template <class Source>
@@ -118,39 +99,30 @@ inline void refinementPass(PlaneDecoder<Source>& pass) {
 
 // ---- Cleanup pass (D.3.4)
 
-// `run` is the row that a run has been interrupted at: its bit is known.
-template <int kRow>
-[[gnu::always_inline]] inline void visitCleanup(PlaneDecoder<MqDecoder>& pass, Orb32s* dst,
-                                                Orb32u pending, Orb32s run, Orb32u& word,
-                                                Orb32u* at) {
-  if ((pending & significant(kRow)) == 0) return;
-  if (kRow != run && !decodeSignificance<kRow>(pass, word)) return;
-  decodeSign<kRow>(pass, dst, word, at);
-}
-
 // Decodes how many zeros lead a column in which nothing is known to be significant: 4 or the row of
 // the first one.
 [[gnu::always_inline]] inline Orb32s decodeRun(PlaneDecoder<MqDecoder>& pass) {
   if (!decode(pass.source, pass.contexts[orbRunLengthContext])) return 4;
-  const Orb32u high = decode(pass.source, pass.contexts[orbUniformContext]);
-  return static_cast<Orb32s>(high << 1 | decode(pass.source, pass.contexts[orbUniformContext]));
+  const Orb32u high = decodeEven(pass.source, pass.contexts[orbUniformContext]);
+  return static_cast<Orb32s>(high << 1 | decodeEven(pass.source, pass.contexts[orbUniformContext]));
 }
 
 [[gnu::always_inline]] inline void cleanupColumn(PlaneDecoder<MqDecoder>& pass, Orb32u* at,
                                                  Orb32s* dst, Orb32u rows) {
-  Orb32u word = *at;
-  Orb32u pending = rowsToCleanUp(word) & rows;
-  Orb32s run = -1;
-  if (word == 0 && rows == kAllRows) {
-    run = decodeRun(pass);
+  Orb32u pending = rowsToCleanUp(*at) & rows;
+  bool isInterrupted = false;
+  if (*at == 0 && rows == kAllRows) {
+    const Orb32s run = decodeRun(pass);
     if (run == 4) return;
-    pending &= ~(significant(run) - 1);
+    pending &= ~(significant(3 * run) - 1);
+    isInterrupted = true;
   }
-  visitCleanup<0>(pass, dst, pending, run, word, at);
-  visitCleanup<1>(pass, dst, pending, run, word, at);
-  visitCleanup<2>(pass, dst, pending, run, word, at);
-  visitCleanup<3>(pass, dst, pending, run, word, at);
-  *at = word & ~kAllVisited;
+  while (pending != 0) {
+    const Orb32s row = takeRow(pending);
+    if (isInterrupted || decodeSignificance(pass, *at, row)) decodeSign(pass, at, dst, row);
+    isInterrupted = false;
+  }
+  *at &= ~kAllVisited;
 }
 
 inline void cleanupPass(PlaneDecoder<MqDecoder>& pass) {

@@ -46,55 +46,41 @@ inline Orb32u sevenBits(const PlanePass& pass, Orb32s sample) {
 }
 
 // Codes the sign of a sample whose first bit has just been coded.
-template <int kRow, bool kIsRaw>
-[[gnu::always_inline]] inline void codeSign(PlanePass& pass, Orb32s sample, Orb32u& word,
-                                            Orb32u* at) {
+template <bool kIsRaw>
+[[gnu::always_inline]] inline void codeSign(PlanePass& pass, Orb32u* at, Orb32s sample,
+                                            Orb32s row) {
   const Orb32u isNegative = static_cast<Orb32u>(sample) >> 31;
   if (kIsRaw) {
     pass.decisions.put(0, isNegative);
   } else {
-    const Orb32u context = signContext<kRow>(word, at);
+    const Orb32u context = signContext(*at, at, row);
     pass.decisions.put(context & 127, isNegative ^ context >> 7);
   }
   pass.gain += orbSignificanceGain[pass.isExact][sevenBits(pass, sample) & 63];
-  becomeSignificant<kRow>(word, at, pass.block.words.stride, isNegative, pass.block.isCausal);
+  becomeSignificant(at, pass.block.words.stride, row, isNegative, pass.block.isCausal);
 }
 
-// Codes the plane's bit of a sample that was insignificant so far; true if it is no longer.
-template <int kRow, bool kIsRaw>
-[[gnu::always_inline]] inline bool codeSignificance(PlanePass& pass, const Orb32s* src,
-                                                    Orb32u& word, Orb32u* at) {
-  const Orb32s sample = load(rowAt(src, pass.block.step, kRow));
-  const Orb32u bit = bitOf(pass, sample);
-  pass.decisions.put(kIsRaw ? 0 : zeroCodingContext<kRow>(word, *pass.block.zeroCoding), bit);
-  if (bit == 0) return false;
-  codeSign<kRow, kIsRaw>(pass, sample, word, at);
-  return true;
+inline Orb32s sampleOf(const PlanePass& pass, const Orb32s* src, Orb32s row) {
+  return load(rowAt(src, pass.block.step, indexOf(row)));
 }
 
 // ---- Significance propagation pass (D.3.1)
 
-template <int kRow, bool kIsRaw>
-[[gnu::always_inline]] inline void visitSignificance(PlanePass& pass, const Orb32s* src,
-                                                     Orb32u rows, Orb32u& pending, Orb32u& word,
-                                                     Orb32u* at) {
-  if ((pending & significant(kRow)) == 0) return;
-  word |= significant(kRow) << kVisitedShift;
-  if (!codeSignificance<kRow, kIsRaw>(pass, src, word, at)) return;
-  if (kRow < 3) pending |= significant(kRow + 1) & rows & ~word;
-}
-
 template <bool kIsRaw>
 [[gnu::always_inline]] inline void significanceColumn(PlanePass& pass, Orb32u* at,
                                                       const Orb32s* src, Orb32u rows) {
-  Orb32u word = *at;
-  Orb32u pending = rowsWithNeighbours(word) & rows;
-  if (pending == 0) return;
-  visitSignificance<0, kIsRaw>(pass, src, rows, pending, word, at);
-  visitSignificance<1, kIsRaw>(pass, src, rows, pending, word, at);
-  visitSignificance<2, kIsRaw>(pass, src, rows, pending, word, at);
-  visitSignificance<3, kIsRaw>(pass, src, rows, pending, word, at);
-  *at = word;
+  Orb32u pending = rowsWithNeighbours(*at) & rows;
+  while (pending != 0) {
+    const Orb32s row = takeRow(pending);
+    const Orb32s sample = sampleOf(pass, src, row);
+    const Orb32u bit = bitOf(pass, sample);
+    pass.decisions.put(kIsRaw ? 0 : zeroCodingContext(*at, row, *pass.block.zeroCoding), bit);
+    *at |= significant(row) << kVisitedShift;
+    if (bit != 0) {
+      codeSign<kIsRaw>(pass, at, sample, row);
+      pending |= significant(row + 3) & rows & ~*at;
+    }
+  }
 }
 
 template <bool kIsRaw>
@@ -104,26 +90,18 @@ inline void significancePass(PlanePass& pass) {
 
 // ---- Magnitude refinement pass (D.3.3)
 
-template <int kRow, bool kIsRaw>
-[[gnu::always_inline]] inline void visitRefinement(PlanePass& pass, const Orb32s* src,
-                                                   Orb32u pending, Orb32u word) {
-  if ((pending & significant(kRow)) == 0) return;
-  const Orb32s sample = load(rowAt(src, pass.block.step, kRow));
-  pass.decisions.put(kIsRaw ? 0 : refinementContext<kRow>(word), bitOf(pass, sample));
-  pass.gain += orbRefinementGain[pass.isExact][sevenBits(pass, sample)];
-}
-
 template <bool kIsRaw>
 [[gnu::always_inline]] inline void refinementColumn(PlanePass& pass, Orb32u* at, const Orb32s* src,
                                                     Orb32u rows) {
   const Orb32u word = *at;
-  const Orb32u pending = rowsToRefine(word) & rows;
-  if (pending == 0) return;
-  visitRefinement<0, kIsRaw>(pass, src, pending, word);
-  visitRefinement<1, kIsRaw>(pass, src, pending, word);
-  visitRefinement<2, kIsRaw>(pass, src, pending, word);
-  visitRefinement<3, kIsRaw>(pass, src, pending, word);
+  Orb32u pending = rowsToRefine(word) & rows;
   if (!kIsRaw) *at = word | pending << kRefinedShift;
+  while (pending != 0) {
+    const Orb32s row = takeRow(pending);
+    const Orb32s sample = sampleOf(pass, src, row);
+    pass.decisions.put(kIsRaw ? 0 : refinementContext(word, row), bitOf(pass, sample));
+    pass.gain += orbRefinementGain[pass.isExact][sevenBits(pass, sample)];
+  }
 }
 
 template <bool kIsRaw>
@@ -133,21 +111,9 @@ inline void refinementPass(PlanePass& pass) {
 
 // ---- Cleanup pass (D.3.4)
 
-// `run` is the row that a run has been interrupted at: its bit is known.
-template <int kRow>
-[[gnu::always_inline]] inline void visitCleanup(PlanePass& pass, const Orb32s* src, Orb32u pending,
-                                                Orb32s run, Orb32u& word, Orb32u* at) {
-  if ((pending & significant(kRow)) == 0) return;
-  if (kRow == run) {
-    codeSign<kRow, false>(pass, load(rowAt(src, pass.block.step, kRow)), word, at);
-  } else {
-    codeSignificance<kRow, false>(pass, src, word, at);
-  }
-}
-
-// Codes how many zeros lead a column in which nothing is known to be significant: 4 or the row of
-// the first one.
-inline Orb32s codeRun(PlanePass& pass, const Orb32s* src) {
+// Codes how many zeros lead a column in which nothing is known to be significant: 4 or the index of
+// the first one's row.
+[[gnu::always_inline]] inline Orb32s codeRun(PlanePass& pass, const Orb32s* src) {
   Orb32s run = 0;
   while (run < 4 && bitOf(pass, load(rowAt(src, pass.block.step, run))) == 0) ++run;
   pass.decisions.put(orbRunLengthContext, run < 4);
@@ -159,19 +125,23 @@ inline Orb32s codeRun(PlanePass& pass, const Orb32s* src) {
 
 [[gnu::always_inline]] inline void cleanupColumn(PlanePass& pass, Orb32u* at, const Orb32s* src,
                                                  Orb32u rows) {
-  Orb32u word = *at;
-  Orb32u pending = rowsToCleanUp(word) & rows;
-  Orb32s run = -1;
-  if (word == 0 && rows == kAllRows) {
-    run = codeRun(pass, src);
+  Orb32u pending = rowsToCleanUp(*at) & rows;
+  bool isKnown = false;
+  if (*at == 0 && rows == kAllRows) {
+    const Orb32s run = codeRun(pass, src);
     if (run == 4) return;
-    pending &= ~(significant(run) - 1);
+    pending &= ~(significant(3 * run) - 1);
+    isKnown = true;
   }
-  visitCleanup<0>(pass, src, pending, run, word, at);
-  visitCleanup<1>(pass, src, pending, run, word, at);
-  visitCleanup<2>(pass, src, pending, run, word, at);
-  visitCleanup<3>(pass, src, pending, run, word, at);
-  *at = word & ~kAllVisited;
+  while (pending != 0) {
+    const Orb32s row = takeRow(pending);
+    const Orb32s sample = sampleOf(pass, src, row);
+    const Orb32u bit = bitOf(pass, sample);
+    if (!isKnown) pass.decisions.put(zeroCodingContext(*at, row, *pass.block.zeroCoding), bit);
+    if (bit != 0) codeSign<false>(pass, at, sample, row);
+    isKnown = false;
+  }
+  *at &= ~kAllVisited;
 }
 
 inline void cleanupPass(PlanePass& pass) {

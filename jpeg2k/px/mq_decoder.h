@@ -21,99 +21,154 @@ struct Segment {
 
 // ---- The MQ decoder
 
-// The interval A is kept in two parts. A more probable symbol leaves the code register alone, and
-// needs no renormalisation, as long as what remains of A is above the code (C >> 16) and not below
-// 0x8000. The least such size changes only when something else happens, so `floor` holds it, and
-// `spare` what A is beyond it: the common symbol costs one subtraction and one test.
-struct MqDecoder {
+// The code register is as wide as the machine's: its top 16 bits are those that the interval is
+// compared with, behind them are bits that have been read ahead.
+using CodeBits = uintptr_t;
+constexpr Orb32u kCodeShift = 8 * sizeof(CodeBits) - 16;
+
+struct CodeRegister {
   Segment segment;
   Orb32s position;  // of the byte read last
-  Orb32u c;
-  Orb32s floor;
-  Orb32s spare;
-  Orb32u ct;  // shifts before the next byte
   bool foundMarker;
+  int64_t bitsRead;  // in all
+  Orb32u bitsAhead;
+  CodeBits bits;
 };
 
-inline void setInterval(MqDecoder& mq, Orb32u a) {
-  const Orb32s code = static_cast<Orb32s>(mq.c >> 16);
-  mq.floor = code < 0x8000 ? 0x8000 : code + 1;
-  mq.spare = static_cast<Orb32s>(a) - mq.floor;
-}
-inline Orb32u intervalOf(const MqDecoder& mq) {
-  return static_cast<Orb32u>(mq.floor + mq.spare);
+inline Orb32u codeOf(const CodeRegister& code) {
+  return static_cast<Orb32u>(code.bits >> kCodeShift);
 }
 
-// BYTEIN. Behind a byte of 255 the next has seven bits; if it is a marker it is not taken, and
-// there are ones from then on.
-inline void byteIn(MqDecoder& mq) {
-  mq.ct = 8;
-  if (mq.foundMarker) return;
-  const Orb32u next = mq.segment.at(mq.position + 1);
-  if (mq.segment.at(mq.position) != 255) {
-    mq.c += 0xFF00 - (next << 8);
-  } else if (next > 143) {
-    mq.foundMarker = true;
-    return;
-  } else {
-    mq.c += 0xFE00 - (next << 9);
-    mq.ct = 7;
+// BYTEIN for the position of a byte and whether a marker has been found there. Returns how many
+// bits there are in the next byte: behind a byte of 255 it has seven. If it would be a marker it is
+// not taken, and there are ones from then on. `bits` becomes their complement, which is negative
+// where an encoder has put a carry into the eighth bit.
+inline Orb32u byteIn(const Segment& segment, Orb32s& position, bool& foundMarker, Orb32s& bits) {
+  bits = 0;
+  if (foundMarker) return 8;
+  const Orb32s next = static_cast<Orb32s>(segment.at(position + 1));
+  if (segment.at(position) != 255) {
+    ++position;
+    bits = 255 - next;
+    return 8;
   }
-  ++mq.position;
+  if (next > 143) {
+    foundMarker = true;
+    return 8;
+  }
+  ++position;
+  bits = 127 - next;
+  return 7;
+}
+
+// Whether the next byte has a carry for the bits in front of it. Those must not see it too soon.
+inline bool isCarryNext(const CodeRegister& code) {
+  const Orb32u next = code.segment.at(code.position + 1);
+  return code.segment.at(code.position) == 255 && next > 127 && next <= 143;
+}
+
+// Reads bytes when there are no bits ahead. It takes and returns the register by value, so that
+// those of the callers stay in registers of the machine.
+[[gnu::noinline]] inline CodeRegister readAhead(CodeRegister code) {
+  code.bitsAhead = 0;
+  do {
+    Orb32s bits;
+    const Orb32u width = byteIn(code.segment, code.position, code.foundMarker, bits);
+    code.bitsAhead += width;
+    code.bitsRead += width;
+    code.bits += static_cast<CodeBits>(static_cast<intptr_t>(bits))
+                 << (kCodeShift - code.bitsAhead);
+  } while (code.bitsAhead + 8 <= kCodeShift && !isCarryNext(code));
+  return code;
+}
+
+inline void skipBits(CodeRegister& code, Orb32u count) {
+  while (count > code.bitsAhead) {
+    code.bits <<= code.bitsAhead;
+    count -= code.bitsAhead;
+    code = readAhead(code);
+  }
+  code.bits <<= count;
+  code.bitsAhead -= count;
+}
+
+struct MqDecoder {
+  CodeRegister code;
+  Orb32u a;
+  // A more probable symbol changes nothing but the interval as long as what remains of that is
+  // above the code and not below 0x8000: above this, which is the code or 0x7FFF.
+  Orb32u floor;
+};
+
+inline void setFloor(MqDecoder& mq) {
+  const Orb32u code = codeOf(mq.code);
+  mq.floor = code < 0x7FFF ? 0x7FFF : code;
 }
 
 // INITDEC.
 inline MqDecoder startMqDecoder(const Orb8u* src, Orb32s length) {
   MqDecoder mq = {};
-  mq.segment = {src, length};
-  mq.c = (255 - mq.segment.at(0)) << 16;
-  byteIn(mq);
-  mq.c <<= 7;
-  mq.ct -= 7;
-  setInterval(mq, 0x8000);
+  mq.code.segment = {src, length};
+  mq.code.bits = static_cast<CodeBits>(255 - mq.code.segment.at(0)) << kCodeShift;
+  skipBits(mq.code, 7);
+  mq.a = 0x8000;
+  setFloor(mq);
   return mq;
 }
 
-// DECODE and RENORMD.
-[[gnu::always_inline]] inline Orb32u decode(MqDecoder& mq, Orb32u& context) {
+// DECODE and RENORMD without a branch on what is decoded: the quick way where both symbols are
+// about equally probable.
+[[gnu::always_inline]] inline Orb32u decodeEven(MqDecoder& mq, Orb32u& context) {
   const Orb32u state = context;
   const Orb32u q = state >> 16;
-  mq.spare -= static_cast<Orb32s>(q);
-  if (mq.spare >= 0) return state & 1;
-  Orb32u a = intervalOf(mq);
-  // The subinterval on the code's side is the less probable symbol's, unless it is the larger one.
-  const bool isBelow = a <= mq.c >> 16;
-  const bool isExchanged = a < q;
-  const Orb32u isLps = isBelow != isExchanged;
-  if (isBelow) {
-    mq.c -= a << 16;
-    a = q;
-  }
-  context = orbMqStates[(isLps ? state >> 8 : state) & 255];
-  Orb32u shift = static_cast<Orb32u>(__builtin_clz(a)) - 16;
-  a <<= shift;
-  while (shift > mq.ct) {
-    mq.c <<= mq.ct;
-    shift -= mq.ct;
-    byteIn(mq);
-  }
-  mq.c <<= shift;
-  mq.ct -= shift;
-  setInterval(mq, a);
+  const Orb32u rest = mq.a - q;
+  // The code is in the upper subinterval, of size q, or in the lower one. The larger one is the
+  // more probable symbol's.
+  const Orb32u isUpper = rest <= codeOf(mq.code);
+  const Orb32u isLps = isUpper ^ (rest < q);
+  mq.code.bits -= static_cast<CodeBits>(rest & -isUpper) << kCodeShift;
+  mq.a = rest ^ ((rest ^ q) & -isUpper);
+  const Orb32u isShifted = ~mq.a >> 15 & 1;
+  const Orb32u nextOnMps = orbMqStates[state & 255];
+  const Orb32u nextOnLps = orbMqStates[state >> 8 & 255];
+  const Orb32u next = nextOnMps ^ ((nextOnMps ^ nextOnLps) & -isLps);
+  context = state ^ ((state ^ next) & -isShifted);
+  const Orb32u shift = static_cast<Orb32u>(__builtin_clz(mq.a)) - 16;
+  mq.a <<= shift;
+  skipBits(mq.code, shift);
+  setFloor(mq);
   return (state & 1) ^ isLps;
 }
 
+// The quick way where one symbol is the more probable by far.
+[[gnu::always_inline]] inline Orb32u decode(MqDecoder& mq, Orb32u& context) {
+  const Orb32u state = context;
+  const Orb32u rest = mq.a - (state >> 16);
+  if (rest <= mq.floor) return decodeEven(mq, context);
+  mq.a = rest;
+  return state & 1;
+}
+
 // Whether a segment cannot have been ended in the predictable way (D.4.2): if it was, its bytes are
-// read to the end by now, and the code is in the lower end of what is left of the interval.
+// read to the end by now, and the code is in the upper end of what is left of the interval.
 inline bool endsWrongly(const MqDecoder& mq) {
-  if (!mq.foundMarker) {
-    if (mq.position < mq.segment.length && mq.segment.at(mq.position) != 255) return true;
-    if (mq.ct != 0 || mq.segment.at(mq.position + 1) < 144) return true;
-  } else if (mq.ct == 1) {
+  const Segment& segment = mq.code.segment;
+  // Where a decoder would stand that reads no byte before it needs it.
+  Orb32s position = 0;
+  bool foundMarker = false;
+  int64_t bitsLeft = mq.code.bitsAhead - mq.code.bitsRead;
+  do {
+    Orb32s bits;
+    bitsLeft += byteIn(segment, position, foundMarker, bits);
+  } while (bitsLeft < 0);
+  if (!foundMarker) {
+    if (position < segment.length && segment.at(position) != 255) return true;
+    if (bitsLeft != 0 || segment.at(position + 1) < 144) return true;
+  } else if (bitsLeft == 1) {
     return false;
   }
-  const Orb32u bitsLeft = mq.ct == 0 ? 8 : mq.ct;
-  return intervalOf(mq) - (0x8000u >> (bitsLeft - 1)) > mq.c >> 16;
+  const Orb32u size = 0x8000u >> ((bitsLeft == 0 ? 8 : bitsLeft) - 1);
+  return mq.a - size > codeOf(mq.code);
 }
 
 // ---- Raw bits

@@ -27,23 +27,38 @@ namespace orb::ORB_BUILD::plain {
 
 // ---- Bits of a word
 
-// The significance of a row's own sample, which is also the row's place in a mask of rows.
-constexpr Orb32u significant(int row) {
-  return 1u << (3 * row + 4);
+// A row is known by how far its bits are above those of the first row: 0, 3, 6 or 9. The row above
+// the stripe and the row below it are known in the same way.
+constexpr Orb32s kRowAbove = -3;
+constexpr Orb32s kRowBelow = 12;
+constexpr Orb32s indexOf(Orb32s row) {
+  return row * 11 >> 5;
 }
-constexpr Orb32u kAllRows = significant(0) | significant(1) | significant(2) | significant(3);
-constexpr int kVisitedShift = 16;  // from a row's place in a mask
-constexpr int kRefinedShift = 17;
+
+// The significance of a row's own sample, which is also the row's place in a mask of rows.
+constexpr Orb32u significant(Orb32s row) {
+  return 1u << (row + 4);
+}
+constexpr Orb32u kAllRows = significant(0) | significant(3) | significant(6) | significant(9);
+constexpr Orb32s kVisitedShift = 16;  // from a row's place in a mask
+constexpr Orb32s kRefinedShift = 17;
 constexpr Orb32u kAllVisited = kAllRows << kVisitedShift;
 
-// Where the sign of a row's sample stands; -1 is the row above the stripe, 4 the row below.
-constexpr int negativeBit(int row) {
-  return row < 0 ? 18 : 3 * row + 19;
+// Where the sign of a row's sample stands.
+constexpr Orb32s negativeBit(Orb32s row) {
+  return row == kRowAbove ? 18 : row + 19;
 }
 
 // The rows of a stripe that `height` rows are left for, as a mask.
 inline Orb32u rowsOfStripe(Orb32s height) {
-  return height >= 4 ? kAllRows : kAllRows & ((1u << (3 * height + 4)) - 1);
+  return height >= 4 ? kAllRows : kAllRows & (significant(3 * height) - 1);
+}
+
+// Takes the first row out of a mask.
+inline Orb32s takeRow(Orb32u& rows) {
+  const Orb32s row = __builtin_ctz(rows) - 4;
+  rows &= rows - 1;
+  return row;
 }
 
 // The rows that have a significant neighbour and are not significant themselves.
@@ -72,31 +87,24 @@ inline const OrbTable<uint8_t, 512>& zeroCodingOf(Orb32s subband) {
                                               : orbZeroCodingLlLh];
 }
 
-template <int kRow>
-inline Orb32u zeroCodingContext(Orb32u word, const OrbTable<uint8_t, 512>& contexts) {
-  return contexts[word >> (3 * kRow) & 511];
-}
-
-// A bit of a word, moved to another place.
-template <int kFrom, int kTo>
-inline Orb32u moveBit(Orb32u word) {
-  return (kFrom >= kTo ? word >> (kFrom - kTo) : word << (kTo - kFrom)) & 1u << kTo;
+inline Orb32u zeroCodingContext(Orb32u word, Orb32s row, const OrbTable<uint8_t, 512>& contexts) {
+  return contexts[word >> row & 511];
 }
 
 // The entry of orbSignContexts for the sample of a row.
-template <int kRow>
-inline Orb32u signContext(Orb32u word, const Orb32u* at) {
-  const Orb32u significance = word >> (3 * kRow) & 0xAA;
-  const Orb32u signs =
-      moveBit<negativeBit(kRow - 1), 0>(word) | moveBit<negativeBit(kRow), 2>(at[-1]) |
-      moveBit<negativeBit(kRow), 4>(at[1]) | moveBit<negativeBit(kRow + 1), 6>(word);
-  return orbSignContexts[significance | signs];
+inline Orb32u signContext(Orb32u word, const Orb32u* at, Orb32s row) {
+  const Orb32u significance = word >> row & 0xAA;
+  const Orb32u north = word >> negativeBit(row - 3) & 1;
+  const Orb32u west = at[-1] >> negativeBit(row) & 1;
+  const Orb32u east = at[1] >> negativeBit(row) & 1;
+  const Orb32u south = word >> negativeBit(row + 3) & 1;
+  return orbSignContexts[significance | north | west << 2 | east << 4 | south << 6];
 }
 
-template <int kRow>
-inline Orb32u refinementContext(Orb32u word) {
-  if (word & significant(kRow) << kRefinedShift) return orbRefinementContext + 2;
-  return orbRefinementContext + ((word >> (3 * kRow) & 0x1EF) != 0);
+inline Orb32u refinementContext(Orb32u word, Orb32s row) {
+  const Orb32u isRefined = word >> row >> (4 + kRefinedShift) & 1;
+  const Orb32u hasNeighbours = (word >> row & 0x1EF) != 0;
+  return orbRefinementContext + (isRefined << 1 | (hasNeighbours & ~isRefined));
 }
 
 // ---- The words of a block
@@ -121,28 +129,20 @@ inline StripeWords stripeWordsIn(Orb32u* memory, Orb32s width) {
   return {memory + stride + 1, stride};
 }
 
-// The sample of a row becomes significant. `word` is the copy of *at that the caller works on; the
-// words around are written at once. With causal contexts a stripe knows nothing of the next one,
-// so the first row does not report upwards.
-template <int kRow>
-inline void becomeSignificant(Orb32u& word, Orb32u* at, ptrdiff_t stride, bool isNegative,
+// Tells the words of three columns that a sample of a row in the middle one is significant.
+inline void reportSignificance(Orb32u* at, Orb32s row, Orb32u isNegative) {
+  at[-1] |= significant(row) << 1;
+  at[0] |= significant(row) | isNegative << negativeBit(row);
+  at[1] |= significant(row) >> 1;
+}
+
+// The sample of a row becomes significant. With causal contexts a stripe knows nothing of the next
+// one, so the first row does not report upwards.
+inline void becomeSignificant(Orb32u* at, ptrdiff_t stride, Orb32s row, Orb32u isNegative,
                               bool isCausal) {
-  const Orb32u negative = isNegative;
-  word |= significant(kRow) | significant(kRow) << kVisitedShift | negative << negativeBit(kRow);
-  at[-1] |= significant(kRow) << 1;
-  at[1] |= significant(kRow) >> 1;
-  if (kRow == 0 && !isCausal) {
-    Orb32u* const above = at - stride;
-    above[-1] |= significant(4) << 1;
-    above[0] |= significant(4) | negative << negativeBit(4);
-    above[1] |= significant(4) >> 1;
-  }
-  if (kRow == 3) {
-    Orb32u* const below = at + stride;
-    below[-1] |= significant(-1) << 1;
-    below[0] |= significant(-1) | negative << negativeBit(-1);
-    below[1] |= significant(-1) >> 1;
-  }
+  reportSignificance(at, row, isNegative);
+  if (row == 0 && !isCausal) reportSignificance(at - stride, kRowBelow, isNegative);
+  if (row == 9) reportSignificance(at + stride, kRowAbove, isNegative);
 }
 
 // ---- Scanning
@@ -162,7 +162,7 @@ struct CodeBlock {
 // of the scan, with the rows that there are as a mask. It works on a copy of the pass, so that
 // compilers keep what changes in registers.
 template <auto kVisit, class Pass>
-inline void scanStripes(Pass& outer) {
+[[gnu::noinline]] inline void scanStripes(Pass& outer) {
   Pass pass = outer;
   Orb32u* at = pass.block.words.words;
   auto* samples = pass.block.samples;
