@@ -217,7 +217,9 @@ inline bool storePass(OrbiEncodeState_JPEG2K& state, ByteSink& sink) {
   if (pass.isRaw) {
     stop = packBits(state.raw, sink, next, end);
   } else {
-    stop = codeDecisions(state.mq, state.contexts, sink, next, end);
+    const bool isRefinement = state.pass % 3 == 2;
+    stop = (isRefinement ? codeDecisions<true> : codeDecisions<false>)(state.mq, state.contexts,
+                                                                       sink, next, end);
     if (stop != next) state.hasCoded = 1;
   }
   state.decisionsCoded = static_cast<Orb32s>(stop - first);

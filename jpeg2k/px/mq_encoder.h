@@ -64,7 +64,9 @@ inline void byteOut(OrbMqEncoder& mq, ByteSink& sink) {
 }
 
 // CODEMPS, CODELPS and RENORME: codes decisions from `next` on, until `end` or until the room is
-// used up. Returns where it stopped.
+// used up. Returns where it stopped. With kIsEven there is no branch on what is coded, which is the
+// quick way where both symbols are about equally probable.
+template <bool kIsEven>
 inline const Orb8u* codeDecisions(OrbMqEncoder& outerMq, Orb32u* contexts, ByteSink& outerSink,
                                   const Orb8u* next, const Orb8u* end) {
   OrbMqEncoder mq = outerMq;
@@ -77,18 +79,19 @@ inline const Orb8u* codeDecisions(OrbMqEncoder& outerMq, Orb32u* contexts, ByteS
     const Orb32u q = state >> 16;
     const Orb32u isLps = (state ^ bit) & 1;
     mq.a -= q;
-    if ((mq.a & ~(isLps << 15) & 0x8000) != 0) {
+    if (!kIsEven && (mq.a & ~(isLps << 15) & 0x8000) != 0) {
       mq.c += q;
       continue;
     }
-    // The smaller of the two subintervals is the upper one only if they have been exchanged.
-    const Orb32u isExchanged = mq.a < q;
-    if (isLps != isExchanged) {
-      mq.a = q;
-    } else {
-      mq.c += q;
-    }
-    context = orbMqStates[(isLps ? state >> 8 : state) & 255];
+    const Orb32u isShifted = (isLps | ~mq.a >> 15) & 1;
+    // The larger subinterval is the more probable symbol's; the upper one has the size q.
+    const Orb32u isLower = -(isLps ^ (mq.a < q) ^ 1);
+    mq.c += q & isLower;
+    mq.a = q ^ ((q ^ mq.a) & isLower);
+    const Orb32u nextOnMps = orbMqStates[state & 255];
+    const Orb32u nextOnLps = orbMqStates[state >> 8 & 255];
+    const Orb32u following = nextOnMps ^ ((nextOnMps ^ nextOnLps) & -isLps);
+    context = state ^ ((state ^ following) & -isShifted);
     Orb32u shift = static_cast<Orb32u>(__builtin_clz(mq.a)) - 16;
     mq.a <<= shift;
     while (shift >= mq.ct) {
