@@ -57,7 +57,13 @@ template <class Source>
   while (pending != 0) {
     const Orb32s row = takeRow(pending);
     *at |= significant(row) << kVisitedShift;
-    if (decodeSignificance(pass, *at, row)) {
+    Orb32u bit;
+    if constexpr (kIsRaw<Source>) {
+      bit = readBit(pass.source);
+    } else {
+      bit = decodeEven(pass.source, zeroCoding(pass, *at, row));
+    }
+    if (bit != 0) {
       decodeSign(pass, at, dst, row);
       pending |= significant(row + 3) & rows & ~*at;
     }
@@ -119,7 +125,8 @@ inline void refinementPass(PlaneDecoder<Source>& pass) {
   }
   while (pending != 0) {
     const Orb32s row = takeRow(pending);
-    if (isInterrupted || decodeSignificance(pass, *at, row)) decodeSign(pass, at, dst, row);
+    if (isInterrupted || decode(pass.source, zeroCoding(pass, *at, row)))
+      decodeSign(pass, at, dst, row);
     isInterrupted = false;
   }
   *at &= ~kAllVisited;
