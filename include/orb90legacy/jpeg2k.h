@@ -422,11 +422,13 @@ ORB_API OrbStatus ORB_CALL legacy90orbiEncodeFree_JPEG2K(OrbiEncodeState_JPEG2K*
  * reserved    not read
  * codeStyle   a sum of
  *             1   vertically causal contexts (D.7)
- *             2   selective arithmetic coding bypass (D.6): from the fifth plane on significance
- * and refinement passes are raw 4   each pass is a codeword segment of its own 8   the contexts are
- * reset behind each pass 16  each cleanup pass ends with the segmentation symbols (D.5) 32  the
- * last plane is exact: samples are whole numbers of its step, so nothing is left open below it. It
- * matters to orbiEncodeGetDist_JPEG2K alone.
+ *             2   selective arithmetic coding bypass (D.6): the significance and refinement passes
+ *                 are raw from the fifth plane on
+ *             4   each pass is a codeword segment of its own
+ *             8   the contexts are reset behind each pass
+ *             16  each cleanup pass ends with the segmentation symbols (D.5)
+ *             32  the last plane is exact: nothing is left open below it. It matters to
+ *                 orbiEncodeGetDist_JPEG2K alone.
  *
  * The first pass is the cleanup pass of the highest plane that has a bit; on each plane below come
  * a significance, a refinement and a cleanup pass. Raw bits are padded with 0101... where a segment
@@ -473,8 +475,8 @@ ORB_API OrbStatus ORB_CALL legacy90orbiEncodeGetRate_JPEG2K(const OrbiEncodeStat
  * units of the squared step of the last plane. A decoder is taken to put each sample in the middle
  * of what its missing bits leave open, of which the next six are counted.
  *
- * The weight of a plane is made of a 32-bit integer: it is right as long as no more than 22 planes
- * lie between the first and the last. From there on it turns negative, and then starts again at 1.
+ * The weight of a plane is made of a 32-bit integer: it is right up to 21 planes above the last
+ * one, negative 22 planes above it, and starts again at 2 for the next.
  *
  * Statuses as above.
  */
@@ -524,10 +526,11 @@ ORB_API OrbStatus ORB_CALL legacy90orbiDecodeGetBufSize_JPEG2K(OrbiSize maxSize,
  *                        the middle of what is left open. Without it all bits below the current
  *                        plane (as orbiDecodeCBProgrGetCurBitPlaneNum_JPEG2K tells it) are cleared
  *                        in the end.
- *              0x80000   go on with what the state knows of samples that are significant, instead
- * of clearing it first 0x100000  check that segments of the MQ coder were ended in the predictable
- * way, and raw significance passes that are segments of their own with 0101... pErrorPlane receives
- * the current plane after an error, and may be null
+ *              0x80000   go on with the significance of samples that the state knows, instead of
+ *                        clearing it first
+ *              0x100000  check that segments of the MQ coder were ended in the predictable way, and
+ *                        raw significance passes that are segments of their own with 0101...
+ * pErrorPlane  receives the current plane after an error, and may be null
  *
  * A segment never ends too soon: bytes of 255 are read behind it. Two kinds of damage are found:
  * segmentation symbols (style 16) that do not read 1, 0, 1, 0, and segments that end in another way
@@ -609,9 +612,8 @@ ORB_API OrbStatus ORB_CALL legacy90orbiDecodeCBProgrSetPassCounter_JPEG2K(
 ORB_API OrbStatus ORB_CALL legacy90orbiDecodeCBProgrGetPassCounter_JPEG2K(
     const OrbiDecodeCBProgrState_JPEG2K* pState, Orb32s* pPassCount);
 
-/* Stores the current plane: that of the next pass if the counter allows one more, and -1 behind the
- * last plane. When the counter runs out behind a cleanup pass that is not a segment of its own, the
- * plane stays that of the cleanup pass.
+/* Stores the current plane: that of the next pass, and -1 behind the last one. It moves on behind a
+ * cleanup pass; but where the counter runs out there, it stays, unless each pass is a segment.
  *
  * Returns orbStsNullPtrErr for either pointer, orbStsContextMatchErr if pState is no decoder's
  * state.

@@ -20,7 +20,8 @@ inline Orb32u* wordsOf(OrbiDecodeCBProgrState_JPEG2K& state) {
 inline int64_t orbDecodeStateSize(OrbiSize maxSize) {
   const int64_t row = (static_cast<int64_t>(maxSize.width) * 4 + 8 + 31) & ~31;
   const int64_t rows = (static_cast<int64_t>(maxSize.height) + 1) / 2 + 2;
-  return row * rows + kDecodeRecordRoom;
+  // A single row may already be more than there is a number for.
+  return row > INT32_MAX ? row : row * rows + kDecodeRecordRoom;
 }
 
 inline void orbInitDecodeState(OrbiDecodeCBProgrState_JPEG2K& state) {

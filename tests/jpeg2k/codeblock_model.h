@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -769,6 +770,188 @@ class BlockEncoderModel {
 
 inline EncodedModel encodeBlock(const BlockSamples& samples, const BlockStyle& style) {
   return BlockEncoderModel(samples, style).encoded();
+}
+
+// ---- The decoder
+
+enum class NextPass {
+  kCleanup,
+  kRefinement,
+  kSignificance,
+  kCleanupBehindRaw,
+  kRawRefinement,
+  kRawSignificance,
+};
+
+class BlockDecoderModel : private Decisions {
+ public:
+  using Bytes = std::vector<uint8_t>;
+
+  // Public for tests to look at.
+  BlockSamples samples;
+  int plane = 0;
+  int passCounter = 0;
+  NextPass nextPass = NextPass::kCleanup;
+
+  BlockDecoderModel(int width, int height, int subband, int flags)
+      : samples{width, height, std::vector<Orb32s>(static_cast<size_t>(width * height))},
+        block_(width, height, subband, (flags & 1) != 0),
+        flags_(flags) {}
+
+  // As after an attach that keeps samples and significance.
+  void restart(int bitPlanes) {
+    contexts_ = startContexts();
+    plane = bitPlanes - 1;
+    bypassPlane_ = has(2) ? std::max(bitPlanes - 4, 0) : 0;
+    nextPass = NextPass::kCleanup;
+    passCounter = 0;
+  }
+
+  // Whether an error was found.
+  bool step(const Bytes& segment) {
+    if (passCounter < 1 || plane < 0) return false;
+    MqDecoderModel mq(segment);
+    RawDecoderModel raw(segment);
+    mq_ = &mq;
+    raw_ = &raw;
+    return has(4) ? stepPass() : stepSegment();
+  }
+
+ private:
+  bool has(int flag) const { return (flags_ & flag) != 0; }
+
+  bool stepPass() {
+    const bool check = has(0x100000);
+    switch (nextPass) {
+      case NextPass::kRefinement:
+        nextPass = NextPass::kCleanup;
+        return run(PassKind::kRefinement, false, check);
+      case NextPass::kSignificance:
+        nextPass = NextPass::kRefinement;
+        return run(PassKind::kSignificance, false, check);
+      case NextPass::kRawRefinement:
+        nextPass = NextPass::kCleanupBehindRaw;
+        return run(PassKind::kRefinement, true, true);
+      case NextPass::kRawSignificance:
+        nextPass = NextPass::kRawRefinement;
+        return run(PassKind::kSignificance, true, check);
+      default:
+        break;
+    }
+    const bool failed = run(PassKind::kCleanup, false, check);
+    --plane;
+    const bool staysArithmetic = nextPass == NextPass::kCleanup && plane >= bypassPlane_;
+    nextPass = staysArithmetic ? NextPass::kSignificance : NextPass::kRawSignificance;
+    return failed;
+  }
+
+  bool stepSegment() {
+    const bool check = has(0x100000);
+    bool failed = false;
+    if (nextPass == NextPass::kRawSignificance) {
+      failed |= run(PassKind::kSignificance, true, false);
+      if (passCounter > 0) {
+        failed |= run(PassKind::kRefinement, true, true);
+        nextPass = NextPass::kCleanupBehindRaw;
+      }
+    } else if (nextPass == NextPass::kCleanupBehindRaw) {
+      failed |= run(PassKind::kCleanup, false, check);
+      if (passCounter > 0) {
+        nextPass = NextPass::kRawSignificance;
+        --plane;
+      }
+    } else {
+      do {
+        failed |= run(PassKind::kCleanup, false, check && plane == bypassPlane_);
+        if (passCounter < 1) break;
+        if (plane-- <= bypassPlane_) {
+          nextPass = NextPass::kRawSignificance;
+          break;
+        }
+        run(PassKind::kSignificance, false, false);
+        if (passCounter > 0) run(PassKind::kRefinement, false, false);
+      } while (passCounter > 0);
+    }
+    return failed;
+  }
+
+  bool run(PassKind kind, bool isRaw, bool isChecked) {
+    isRaw_ = isRaw;
+    bool failed = false;
+    if (kind == PassKind::kSignificance) block_.significancePass(plane, isRaw, *this);
+    if (kind == PassKind::kRefinement) block_.refinementPass(plane, isRaw, *this);
+    if (kind == PassKind::kCleanup) {
+      block_.cleanupPass(plane, *this);
+      if (has(16)) {
+        for (const int expected : {1, 0, 1, 0}) failed |= code(kUniformContext, 0) != expected;
+      }
+    }
+    if (isChecked) failed = isRaw ? raw_->endsWrongly() : mq_->endsWrongly();
+    if (has(8)) contexts_ = startContexts();
+    --passCounter;
+    return failed;
+  }
+
+  int code(int context, int) override {
+    return isRaw_ ? raw_->next() : mq_->decode(contexts_[static_cast<size_t>(context)]);
+  }
+  void becameSignificant(int x, int y, bool isNegative) override {
+    const uint32_t magnitude = static_cast<uint32_t>((uint64_t{3} << plane) / 2);
+    samples.at(x, y) = static_cast<Orb32s>(magnitude + (isNegative ? 0x80000000u : 0));
+  }
+  void refined(int x, int y, int bit) override {
+    const uint64_t unit = uint64_t{1} << plane;
+    const uint64_t old = static_cast<uint32_t>(samples.at(x, y));
+    const uint64_t above = old - old % (2 * unit);
+    samples.at(x, y) =
+        static_cast<Orb32s>(static_cast<uint32_t>(above + (bit ? unit : 0) + unit / 2));
+  }
+
+  BlockModel block_;
+  int flags_;
+  int bypassPlane_ = 0;
+  std::vector<MqContext> contexts_;
+  MqDecoderModel* mq_ = nullptr;
+  RawDecoderModel* raw_ = nullptr;
+  bool isRaw_ = false;
+};
+
+struct DecodedModel {
+  BlockSamples samples;
+  bool failed = false;
+  int plane;
+};
+
+// What decoding all segments in one call gives.
+inline DecodedModel decodeBlock(int width, int height, int subband, int bitPlanes, int passCount,
+                                const std::vector<std::vector<uint8_t>>& segments, int style) {
+  BlockDecoderModel decoder(width, height, subband, style);
+  decoder.restart(bitPlanes);
+  decoder.passCounter = passCount;
+  bool failed = false;
+  for (const std::vector<uint8_t>& segment : segments) {
+    failed = decoder.step(segment);
+    if (failed) break;
+  }
+  for (Orb32s& sample : decoder.samples.values) {
+    // As digits: the sign, then the magnitude's bits.
+    const int plane = decoder.plane;
+    const bool isNegative = sample < 0;
+    uint64_t magnitude = static_cast<uint32_t>(sample) % 0x80000000u;
+    const uint64_t unit = uint64_t{1} << std::max(plane, 0);
+    if (failed && (style & 0x10000) != 0) {
+      magnitude -= magnitude % unit;
+      if (magnitude != 0 && plane >= 0 && magnitude / unit % 2 == 0) magnitude += unit;
+      if (magnitude == 0) {
+        sample = 0;
+        continue;
+      }
+    }
+    if ((style & 0x40000) == 0 && plane >= 1) magnitude -= magnitude % unit;
+    sample =
+        static_cast<Orb32s>(static_cast<uint32_t>(magnitude) + (isNegative ? 0x80000000u : 0u));
+  }
+  return {decoder.samples, failed, decoder.plane};
 }
 
 }  // namespace orbtest
