@@ -40,12 +40,12 @@ set(ORB_ENTRY_SOURCES
     jpeg/mcu.cpp
     jpeg/quant.cpp
     jpeg/sampling.cpp
+    jpeg2k/codeblock_decoder.cpp
+    jpeg2k/codeblock_encoder.cpp
+    jpeg2k/codeblock_progressive.cpp
     jpeg2k/components.cpp
     jpeg2k/wavelet_image.cpp
     jpeg2k/wavelet_lifting.cpp)
-    jpeg2k/codeblock_decoder.cpp
-    jpeg2k/codeblock_encoder.cpp
-    jpeg2k/codeblock_progressive.cpp)
 
 function(orb_object_library name)
   add_library(${name} OBJECT ${ARGN})
