@@ -38,14 +38,11 @@ template <class Source>
   becomeSignificant(at, pass.block.words.stride, row, isNegative, pass.block.isCausal);
 }
 
+// The MQ context of a sample that is not significant so far.
 template <class Source>
-[[gnu::always_inline]] inline Orb32u decodeSignificance(PlaneDecoder<Source>& pass, Orb32u word,
-                                                        Orb32s row) {
-  if constexpr (kIsRaw<Source>) {
-    return readBit(pass.source);
-  } else {
-    return decode(pass.source, pass.contexts[zeroCodingContext(word, row, *pass.block.zeroCoding)]);
-  }
+[[gnu::always_inline]] inline auto& zeroCoding(PlaneDecoder<Source>& pass, Orb32u word,
+                                               Orb32s row) {
+  return pass.contexts[zeroCodingContext(word, row, *pass.block.zeroCoding)];
 }
 
 // ---- Significance propagation pass (D.3.1)

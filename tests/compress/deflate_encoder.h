@@ -15,6 +15,7 @@
 #include "tests/support/guarded.h"
 
 namespace orbtest {
+inline namespace lz77 {
 
 // A text with matches: new bytes of a small alphabet, and copies from any distance.
 inline Bytes anyText(Random& random, size_t size) {
@@ -166,6 +167,7 @@ class Encoder {
   }
 };
 
+}  // namespace lz77
 }  // namespace orbtest
 
 #endif

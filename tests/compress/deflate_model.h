@@ -17,6 +17,7 @@ inline bool operator==(const OrbLZ77Pair& a, const OrbLZ77Pair& b) {
 }
 
 namespace orbtest {
+inline namespace lz77 {
 
 using Bytes = std::vector<Orb8u>;
 using Pairs = std::vector<OrbLZ77Pair>;
@@ -697,6 +698,7 @@ class BlockModel {
   Bytes written_;
 };
 
+}  // namespace lz77
 }  // namespace orbtest
 
 #endif

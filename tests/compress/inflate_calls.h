@@ -15,6 +15,7 @@
 #include "tests/support/plane.h"
 
 namespace orbtest {
+inline namespace lz77 {
 
 // A cursor of a call, at an odd address like its length: checked for moving as one.
 template <class T>
@@ -283,6 +284,7 @@ inline void expectCalls(Inflater& inflater, Route route, const std::vector<Infla
   }
 }
 
+}  // namespace lz77
 }  // namespace orbtest
 
 #endif

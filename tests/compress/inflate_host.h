@@ -9,6 +9,7 @@
 #include "tests/compress/inflate_calls.h"
 
 namespace orbtest {
+inline namespace lz77 {
 
 class InflateHost {
  public:
@@ -135,6 +136,7 @@ class InflateHost {
   Pairs pairs_;
 };
 
+}  // namespace lz77
 }  // namespace orbtest
 
 #endif

@@ -12,6 +12,7 @@
 #include "tests/compress/deflate_model.h"
 
 namespace orbtest {
+inline namespace lz77 {
 
 // ---- Streams
 
@@ -599,6 +600,7 @@ class InflateModel {
   InflateStep step_;
 };
 
+}  // namespace lz77
 }  // namespace orbtest
 
 #endif

@@ -18,6 +18,7 @@
 #include "tests/support/random.h"
 
 namespace orbtest {
+inline namespace jpeg {
 
 // ---- Tables
 
@@ -539,6 +540,7 @@ void fillAny(Record& record, Random& random) {
   for (size_t i = 0; i < sizeof record; ++i) bytes[i] = random.any<Orb8u>();
 }
 
+}  // namespace jpeg
 }  // namespace orbtest
 
 #endif

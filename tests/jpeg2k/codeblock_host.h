@@ -12,6 +12,7 @@
 #include "tests/support/plane.h"
 
 namespace orbtest {
+inline namespace jpeg2k {
 
 using Bytes = std::vector<uint8_t>;
 
@@ -229,6 +230,7 @@ inline DecodedBlock decode(Random& random, const TestBuild& build, OrbiSize size
   return decodeInto(build, dst, const_cast<uint8_t*>(state.data()), arguments);
 }
 
+}  // namespace jpeg2k
 }  // namespace orbtest
 
 #endif

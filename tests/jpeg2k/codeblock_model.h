@@ -13,6 +13,7 @@
 #include "orb90legacy/jpeg2k.h"
 
 namespace orbtest {
+inline namespace jpeg2k {
 
 // ---- Contexts with the numbers of T.800
 
@@ -954,6 +955,7 @@ inline DecodedModel decodeBlock(int width, int height, int subband, int bitPlane
   return {decoder.samples, failed, decoder.plane};
 }
 
+}  // namespace jpeg2k
 }  // namespace orbtest
 
 #endif

@@ -40,7 +40,8 @@ Bytes packed(ByteView bytes, Ranking ranking = Ranking::kMoveToFront, size_t pie
 Bytes unpacked(ByteView bytes, size_t piece = SIZE_MAX) {
   MemorySource source(bytes, piece);
   MemorySink sink;
-  EXPECT_EQ(orbhost::pack::unpack(source, sink), sink.all.size());
+  const uint64_t length = orbhost::pack::unpack(source, sink);
+  EXPECT_EQ(length, sink.all.size());
   return sink.all;
 }
 
