@@ -23,7 +23,9 @@ WatchedSource::WatchedSource(Source& source, std::string name, std::optional<uin
       watched_(isatty(STDERR_FILENO) != 0),
       next_(kFirstSeconds) {}
 
-WatchedSource::~WatchedSource() { hide(); }
+WatchedSource::~WatchedSource() {
+  hide();
+}
 
 void WatchedSource::hide() {
   if (shown_) std::fputs(kClear, stderr);

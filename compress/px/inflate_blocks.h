@@ -320,7 +320,8 @@ template <class Output>
 
   const Orb32u count = bits.count % FastBits::kWordBits;
   const ptrdiff_t taken = bits.at - in.at;
-  const ptrdiff_t unused = count / 8 < taken ? count / 8 : taken;
+  const ptrdiff_t whole = static_cast<ptrdiff_t>(count / 8);
+  const ptrdiff_t unused = whole < taken ? whole : taken;
   in.at = bits.at - unused;
   in.count = (count - static_cast<Orb32u>(unused) * 8) % 32;
   in.bits = static_cast<Orb32u>(bits.bits) & ((1u << in.count) - 1);

@@ -42,7 +42,7 @@ inline History ringOf(const OrbLZ77DecState& state) {
 
 inline void appendToRing(OrbLZ77DecState& state, const Orb8u* bytes, ptrdiff_t count) {
   Orb32u position = static_cast<Orb32u>(state.ringPos) % kHistory;
-  if (count >= kHistory) {
+  if (count >= ptrdiff_t{kHistory}) {
     bytes += count - kHistory;
     count = kHistory;
     position = 0;
@@ -64,7 +64,7 @@ inline History windowOf(const OrbLZ77DecState& state) {
 
 inline void appendToWindow(OrbLZ77DecState& state, const Orb8u* bytes, ptrdiff_t count) {
   Orb32u fill = windowFillOf(state);
-  if (count > kHistory) {
+  if (count > ptrdiff_t{kHistory}) {
     bytes += count - kHistory;
     count = kHistory;
   }

@@ -483,10 +483,10 @@ ORB_API OrbStatus ORB_CALL legacy90orbsDecodeLZ77StoredBlock_8u(Orb8u** ppSrc, O
  * one to the other. The bits of a stream come most significant first.
  *
  * Tables of frequencies and of lengths are 256 signed 32-bit values, by byte; the length of a byte
- * without a code is 0. The lengths determine the codes. From the longest length to the shortest, and
- * from the highest byte to the lowest within each, codes are counted up from 0, and halved, rounding
- * down, wherever the length falls by one: the highest byte of the longest length has the code of
- * zeros.
+ * without a code is 0. The lengths determine the codes. From the longest length to the shortest,
+ * and from the highest byte to the lowest within each, codes are counted up from 0, and halved,
+ * rounding down, wherever the length falls by one: the highest byte of the longest length has the
+ * code of zeros.
  *
  * A record serves one direction of one stream, and holds the bits between its calls. It is opaque
  * and has no tag. What the host allocated itself is never passed to Free.
@@ -507,16 +507,16 @@ ORB_API void ORB_CALL legacy90orbsHuffFree_8u(OrbHuffState* pState);
  * has a code of one bit. They are not shortened: frequencies that grow like the Fibonacci numbers
  * want codes that are too long.
  *
- * Returns orbStsNullPtrErr for either pointer; orbStsHuffFreqErr if a frequency is negative, if they
- * add up to 2^31 or more, or if all are 0; orbStsHuffTooLongErr if a code would have more than 32
- * bits.
+ * Returns orbStsNullPtrErr for either pointer; orbStsHuffFreqErr if a frequency is negative, if
+ * they add up to 2^31 or more, or if all are 0; orbStsHuffTooLongErr if a code would have more than
+ * 32 bits.
  */
 ORB_API OrbStatus ORB_CALL legacy90orbsEncodeHuffInit_8u(const Orb32s* pFreqTable,
                                                          OrbHuffState* pState);
 
 /* The same in a record that the library allocates, at a multiple of 64 bytes. Its pointer is stored
- * before anything else is looked at: it is null if the allocation fails, and after any other failure
- * it is there for the host to release.
+ * before anything else is looked at: it is null if the allocation fails, and after any other
+ * failure it is there for the host to release.
  *
  * Returns orbStsNullPtrErr for ppState, and if the allocation fails; then as Init does.
  */
@@ -525,20 +525,19 @@ ORB_API OrbStatus ORB_CALL legacy90orbsEncodeHuffInitAlloc_8u(const Orb32s* pFre
 
 /* Writes the code of one byte from bit dstBitOffset of pDst on, 0 to 7, where 0 is the most
  * significant bit. With an offset the first byte keeps its bits, and takes the code's by OR: those
- * at and behind the offset should be 0. All other bytes that the code reaches are stored whole, with
- * zeros behind the code. The record and its bits are not changed; the offset is the host's to
+ * at and behind the offset should be 0. All other bytes that the code reaches are stored whole,
+ * with zeros behind the code. The record and its bits are not changed; the offset is the host's to
  * advance, by the code's length.
  *
  * Returns orbStsNullPtrErr for pDst or pState; orbStsSizeErr if dstBitOffset is not within 0 to 7;
  * orbStsHuffLenErr if the byte has no code.
  */
-ORB_API OrbStatus ORB_CALL legacy90orbsEncodeHuffOne_8u(Orb8u src, Orb8u* pDst,
-                                                        Orb32s dstBitOffset,
+ORB_API OrbStatus ORB_CALL legacy90orbsEncodeHuffOne_8u(Orb8u src, Orb8u* pDst, Orb32s dstBitOffset,
                                                         const OrbHuffState* pState);
 
-/* Encodes srcLen bytes. The stream is written in words of 4 bytes; bits that do not fill one stay in
- * the record for the next call. *pDstLen is set to the number of bytes written; what it was is not
- * read, so the destination has to have the room that orbsHuffGetDstBuffSize_8u reports. A byte
+/* Encodes srcLen bytes. The stream is written in words of 4 bytes; bits that do not fill one stay
+ * in the record for the next call. *pDstLen is set to the number of bytes written; what it was is
+ * not read, so the destination has to have the room that orbsHuffGetDstBuffSize_8u reports. A byte
  * without a code is passed over, and nothing tells.
  *
  * Returns orbStsNullPtrErr for any pointer, orbStsSizeErr if srcLen < 1.
@@ -546,8 +545,8 @@ ORB_API OrbStatus ORB_CALL legacy90orbsEncodeHuffOne_8u(Orb8u src, Orb8u* pDst,
 ORB_API OrbStatus ORB_CALL legacy90orbsEncodeHuff_8u(const Orb8u* pSrc, Orb32s srcLen, Orb8u* pDst,
                                                      Orb32s* pDstLen, OrbHuffState* pState);
 
-/* Writes the bits that the record holds, in up to 4 bytes, with zeros behind them, and sets *pDstLen
- * to the number of bytes. The record still holds the bits.
+/* Writes the bits that the record holds, in up to 4 bytes, with zeros behind them, and sets
+ * *pDstLen to the number of bytes. The record still holds the bits.
  *
  * Returns orbStsNullPtrErr for any pointer.
  */
@@ -611,8 +610,8 @@ ORB_API OrbStatus ORB_CALL legacy90orbsDecodeHuffInit_8u(const Orb32s* pCodeLenT
                                                          OrbHuffState* pState);
 
 /* The same in a record that the library allocates, at a multiple of 64 bytes. Its pointer is stored
- * before the lengths are looked at: it is null if the allocation fails, and after orbStsHuffLenErr it
- * is there for the host to release.
+ * before the lengths are looked at: it is null if the allocation fails, and after orbStsHuffLenErr
+ * it is there for the host to release.
  *
  * Returns orbStsNullPtrErr for either pointer, and if the allocation fails; then as Init does.
  */
@@ -701,19 +700,20 @@ ORB_API void ORB_CALL legacy90orbsMTFFree_8u(Orb8u* pTable);
 ORB_API OrbStatus ORB_CALL legacy90orbsEncodeRLE_8u(Orb8u** ppSrc, Orb32s* pSrcLen, Orb8u* pDst,
                                                     Orb32s* pDstLen);
 
-/* The reverse, with the same arguments, checks and statuses. A run that there is no room for is left
- * as a whole, with the source at its start. The last two bytes of the source are copied as they are.
+/* The reverse, with the same arguments, checks and statuses. A run that there is no room for is
+ * left as a whole, with the source at its start. The last two bytes of the source are copied as
+ * they are.
  */
 ORB_API OrbStatus ORB_CALL legacy90orbsDecodeRLE_8u(Orb8u** ppSrc, Orb32s* pSrcLen, Orb8u* pDst,
                                                     Orb32s* pDstLen);
 
-/* Takes back the run-length coding that bzip2 applies to a block before it is sorted: behind 4 equal
- * bytes in a row stands a byte that counts further ones, 0 to 255, after which counting begins anew.
- * The arguments move as those of orbsDecodeRLE_8u do. An empty source is no failure.
+/* Takes back the run-length coding that bzip2 applies to a block before it is sorted: behind 4
+ * equal bytes in a row stands a byte that counts further ones, 0 to 255, after which counting
+ * begins anew. The arguments move as those of orbsDecodeRLE_8u do. An empty source is no failure.
  *
  * Give room for the whole block. When there is none for the copies of a count, the count has been
- * read all the same; and when the room ends in front of the fourth equal byte, the next byte is read
- * as a count.
+ * read all the same; and when the room ends in front of the fourth equal byte, the next byte is
+ * read as a count.
  *
  * Returns orbStsNullPtrErr for any pointer, *ppSrc among them; orbStsSizeErr if *pDstLen < 1 or
  * *pSrcLen < 0; orbStsDstFull, a warning, if there was no room for copies, or if the room is full,
@@ -809,10 +809,10 @@ ORB_API OrbStatus ORB_CALL legacy90orbsDecodeGITInitAlloc_8u(Orb32s maxSrcLen, O
 /* Releases a record of InitAlloc, the encoder's or the decoder's. Null is ignored. */
 ORB_API void ORB_CALL legacy90orbsGITFree_8u(void* pState);
 
-/* Decodes a block from srcLen bytes, and sets *pDstLen to its length. What *pDstLen was is not read:
- * the destination has to have the room that the record was made for. Streams that go on behind the
- * source are cut off there. A damaged block isn't noticed otherwise: its streams end early, and the
- * output is short.
+/* Decodes a block from srcLen bytes, and sets *pDstLen to its length. What *pDstLen was is not
+ * read: the destination has to have the room that the record was made for. Streams that go on
+ * behind the source are cut off there. A damaged block isn't noticed otherwise: its streams end
+ * early, and the output is short.
  *
  * Returns orbStsNullPtrErr for any pointer; orbStsSizeErr if srcLen is negative; orbStsSizeErr if
  * the block is longer than the record's maxDstLen, as many bytes being written.
