@@ -44,9 +44,9 @@ done <commands
 cmp deep.$png again.$png
 echo "$(wc -l <commands) commands of orb"
 
-# The lines of orb gzip and orb gunzip are a shell's.
+# The lines of the compressors are a shell's.
 cd "$here"
-sed -n 's/^    \(.*orb g[un]*zip .*\)$/\1/p' README.md >"$work/commands.sh"
+sed -n -e 's/^    \(.*orb g[un]*zip .*\)$/\1/p' -e 's/^    \(orb [un]*pack .*\)$/\1/p' README.md >"$work/commands.sh"
 cp README.md "$work/report.txt"
 cp README.md "$work/words.txt"
 head -n 20 README.md >"$work/page.html"
