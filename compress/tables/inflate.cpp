@@ -40,8 +40,11 @@ constexpr uint32_t reversed(uint32_t code, uint32_t length) {
 
 constexpr OrbTable<OrbInflateEntry, kInflateFixedEntries> fixed() {
   OrbTable<OrbInflateEntry, kInflateFixedEntries> entries = {};
+  // Made once: compilers count the steps that a constant takes.
+  const OrbTable<uint32_t, kInflateDistanceSymbols> distance = distances();
+  const OrbTable<uint32_t, kInflateLiteralSymbols> literal = literals();
   for (uint32_t i = 0; i < 1u << kInflateDistanceRoot; ++i) {
-    entries[i].word = distances()[reversed(i & 31, 5)] + 5 * kInflateCodeBit;
+    entries[i].word = distance[reversed(i & 31, 5)] + 5 * kInflateCodeBit;
   }
   for (uint32_t symbol = 0; symbol < kInflateLiteralSymbols; ++symbol) {
     // The table of RFC 1951, 3.2.6.
@@ -51,7 +54,7 @@ constexpr OrbTable<OrbInflateEntry, kInflateFixedEntries> fixed() {
                           : symbol < 280 ? symbol - 256
                                          : 0xC0 + symbol - 280;
     for (uint32_t i = reversed(code, length); i < 1u << kInflateLiteralRoot; i += 1u << length) {
-      entries[kInflateDistanceEntries + i].word = literals()[symbol] + length * kInflateCodeBit;
+      entries[kInflateDistanceEntries + i].word = literal[symbol] + length * kInflateCodeBit;
     }
   }
   return entries;
