@@ -17,9 +17,9 @@ struct PlaneDecoder {
 };
 
 template <class Source>
-constexpr bool kIsRaw = false;
+inline constexpr bool kIsRaw = false;
 template <>
-constexpr bool kIsRaw<RawReader> = true;
+inline constexpr bool kIsRaw<RawReader> = true;
 
 // Decodes the sign of a sample that has just become significant, and puts it in the middle of what
 // its lower bits leave open.
