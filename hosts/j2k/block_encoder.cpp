@@ -39,6 +39,9 @@ CodedBlock BlockEncoder::encode(const Orb32s* samples, OrbiSize size, int subban
       samples, size.width * static_cast<Orb32s>(sizeof(Orb32s)), size, state_.get(), subband,
       kMagnitudeBits - lastBit, termination, 0, style, &bits, &passes, &segments);
   CodedBlock block;
+  block.width = size.width;
+  block.height = size.height;
+  block.subband = subband;
   if (passes == 0) return block;
   block.bitPlanes = bits - fractionBits;
   store(block);

@@ -11,9 +11,10 @@ namespace orbhost::j2k {
 
 struct CodedBlock {
   struct Pass {
-    int32_t length;    // how many bytes of the block are enough up to here
-    int32_t segment;   // of the codeword segments, the one it is in
-    double errorLess;  // by how much the passes up to here lessen the picture's squared error
+    int32_t length;          // how many bytes of the block are enough up to here
+    int32_t segment;         // of the codeword segments, the one it is in
+    double errorLess;        // by how much the passes up to here lessen the picture's squared error
+    bool isTrimmed = false;  // the length is the least one
   };
   struct Segment {
     int32_t begin;    // in the bytes
@@ -25,6 +26,9 @@ struct CodedBlock {
     double slope;  // of the error over the bytes since the cut before; they fall from cut to cut
   };
 
+  int width = 0;
+  int height = 0;
+  int subband = 0;  // as the library counts them
   Bytes bytes;
   int bitPlanes = 0;        // that have a bit, or lie below one that has
   double squaredError = 0;  // that the block leaves in the picture if nothing of it is there

@@ -132,7 +132,7 @@ class Encoder {
     const size_t fixedBytes = (options_.isRaw ? 0 : jp2Header(size_, 0).size()) +
                               mainHeader.size() + count * CodestreamWriter::kTilePartHeaderLength +
                               kEndLength;
-    RateControl control(precincts, guardBits, coding_.style, fixedBytes);
+    RateControl control(precincts, guardBits, coding_, fixedBytes);
     addLayers(control);
     return assemble(tiles, control.packets(), std::move(mainHeader));
   }

@@ -7,22 +7,26 @@ namespace orbhost::j2k {
 
 namespace {
 
-void filterColumns(const Plane<Orb32s>& from, Plane<Orb32s>& low, Plane<Orb32s>& high, int phase) {
+void filterColumns(const PaddedPlane<Orb32s>& from, PaddedPlane<Orb32s>& low,
+                   PaddedPlane<Orb32s>& high, int phase) {
   legacy90orbiWTFwdCol_B53_JPEG2K_32s_C1R(from.row(0), from.step(), low.row(0), low.step(),
                                           high.row(0), high.step(),
                                           {from.width(), (from.height() + 1) / 2}, phase);
 }
-void filterColumns(const Plane<Orb32f>& from, Plane<Orb32f>& low, Plane<Orb32f>& high, int phase) {
+void filterColumns(const PaddedPlane<Orb32f>& from, PaddedPlane<Orb32f>& low,
+                   PaddedPlane<Orb32f>& high, int phase) {
   legacy90orbiWTFwdCol_D97_JPEG2K_32f_C1R(from.row(0), from.step(), low.row(0), low.step(),
                                           high.row(0), high.step(),
                                           {from.width(), (from.height() + 1) / 2}, phase);
 }
-void filterRows(const Plane<Orb32s>& from, Plane<Orb32s>& low, Plane<Orb32s>& high, int phase) {
+void filterRows(const PaddedPlane<Orb32s>& from, PaddedPlane<Orb32s>& low,
+                PaddedPlane<Orb32s>& high, int phase) {
   legacy90orbiWTFwdRow_B53_JPEG2K_32s_C1R(from.row(0), from.step(), low.row(0), low.step(),
                                           high.row(0), high.step(),
                                           {(from.width() + 1) / 2, from.height()}, phase);
 }
-void filterRows(const Plane<Orb32f>& from, Plane<Orb32f>& low, Plane<Orb32f>& high, int phase) {
+void filterRows(const PaddedPlane<Orb32f>& from, PaddedPlane<Orb32f>& low,
+                PaddedPlane<Orb32f>& high, int phase) {
   legacy90orbiWTFwdRow_D97_JPEG2K_32f_C1R(from.row(0), from.step(), low.row(0), low.step(),
                                           high.row(0), high.step(),
                                           {(from.width() + 1) / 2, from.height()}, phase);
@@ -37,22 +41,22 @@ int reflected(int place, int length) {
 }
 
 template <class Sample>
-void extendColumns(Plane<Sample>& plane) {
+void extendColumns(PaddedPlane<Sample>& plane) {
   const auto extend = [&](int y) {
     const Sample* const from = plane.row(reflected(y, plane.height()));
     std::copy_n(from, plane.width(), plane.row(y));
   };
-  for (int y = 1; y <= Plane<Sample>::kRoomBefore; ++y) extend(-y);
-  for (int y = 0; y < Plane<Sample>::kRoomBehind; ++y) extend(plane.height() + y);
+  for (int y = 1; y <= PaddedPlane<Sample>::kRoomBefore; ++y) extend(-y);
+  for (int y = 0; y < PaddedPlane<Sample>::kRoomBehind; ++y) extend(plane.height() + y);
 }
 
 template <class Sample>
-void extendRows(Plane<Sample>& plane) {
+void extendRows(PaddedPlane<Sample>& plane) {
   const int width = plane.width();
   for (int y = 0; y < plane.height(); ++y) {
     Sample* const row = plane.row(y);
-    for (int x = 1; x <= Plane<Sample>::kRoomBefore; ++x) row[-x] = row[reflected(-x, width)];
-    for (int x = 0; x < Plane<Sample>::kRoomBehind; ++x) {
+    for (int x = 1; x <= PaddedPlane<Sample>::kRoomBefore; ++x) row[-x] = row[reflected(-x, width)];
+    for (int x = 0; x < PaddedPlane<Sample>::kRoomBehind; ++x) {
       row[width + x] = row[reflected(width + x, width)];
     }
   }
@@ -60,7 +64,7 @@ void extendRows(Plane<Sample>& plane) {
 
 // A line of one sample stays at an even place, and is doubled at an odd one (F.4.6).
 template <class Sample>
-void copyLine(const Plane<Sample>& from, Plane<Sample>& to, int gain) {
+void copyLine(const PaddedPlane<Sample>& from, PaddedPlane<Sample>& to, int gain) {
   for (int y = 0; y < from.height(); ++y) {
     std::transform(from.row(y), from.row(y) + from.width(), to.row(y),
                    [gain](Sample sample) { return static_cast<Sample>(gain * sample); });
@@ -73,7 +77,8 @@ int lowCount(int length, int parity) {
 }
 
 template <class Sample>
-void splitColumns(Plane<Sample>& from, Plane<Sample>& low, Plane<Sample>& high, int parity) {
+void splitColumns(PaddedPlane<Sample>& from, PaddedPlane<Sample>& low, PaddedPlane<Sample>& high,
+                  int parity) {
   if (from.width() == 0 || from.height() == 0) return;
   if (from.height() == 1) {
     copyLine(from, parity == 0 ? low : high, parity + 1);
@@ -84,7 +89,8 @@ void splitColumns(Plane<Sample>& from, Plane<Sample>& low, Plane<Sample>& high, 
 }
 
 template <class Sample>
-void splitRows(Plane<Sample>& from, Plane<Sample>& low, Plane<Sample>& high, int parity) {
+void splitRows(PaddedPlane<Sample>& from, PaddedPlane<Sample>& low, PaddedPlane<Sample>& high,
+               int parity) {
   if (from.width() == 0 || from.height() == 0) return;
   if (from.width() == 1) {
     copyLine(from, parity == 0 ? low : high, parity + 1);
@@ -99,7 +105,7 @@ void splitRows(Plane<Sample>& from, Plane<Sample>& low, Plane<Sample>& high, int
 // The filters give as many low samples as high ones: of an odd length one too many of a kind, which
 // the room behind a plane takes.
 template <class Sample>
-Subbands<Sample> transformForward(Plane<Sample> samples, int x, int y, int levels) {
+Subbands<Sample> transformForward(PaddedPlane<Sample> samples, int x, int y, int levels) {
   Subbands<Sample> bands;
   for (int level = 0; level < levels; ++level) {
     const int across = x & 1;
@@ -108,14 +114,14 @@ Subbands<Sample> transformForward(Plane<Sample> samples, int x, int y, int level
     const int lowHeight = lowCount(samples.height(), down);
     const int highWidth = samples.width() - lowWidth;
     const int highHeight = samples.height() - lowHeight;
-    Plane<Sample> top(samples.width(), lowHeight);
-    Plane<Sample> bottom(samples.width(), highHeight);
+    PaddedPlane<Sample> top(samples.width(), lowHeight);
+    PaddedPlane<Sample> bottom(samples.width(), highHeight);
     splitColumns(samples, top, bottom, down);
-    samples = Plane<Sample>(lowWidth, lowHeight);
+    samples = PaddedPlane<Sample>(lowWidth, lowHeight);
     bands.levels.emplace_back();
-    std::array<Plane<Sample>, 3>& high = bands.levels.back();
-    high = {Plane<Sample>(highWidth, lowHeight), Plane<Sample>(lowWidth, highHeight),
-            Plane<Sample>(highWidth, highHeight)};
+    std::array<PaddedPlane<Sample>, 3>& high = bands.levels.back();
+    high = {PaddedPlane<Sample>(highWidth, lowHeight), PaddedPlane<Sample>(lowWidth, highHeight),
+            PaddedPlane<Sample>(highWidth, highHeight)};
     splitRows(top, samples, high[Subbands<Sample>::kHl], across);
     splitRows(bottom, high[Subbands<Sample>::kLh], high[Subbands<Sample>::kHh], across);
     x = (x + 1) >> 1;
@@ -125,7 +131,7 @@ Subbands<Sample> transformForward(Plane<Sample> samples, int x, int y, int level
   return bands;
 }
 
-template Subbands<Orb32s> transformForward(Plane<Orb32s>, int, int, int);
-template Subbands<Orb32f> transformForward(Plane<Orb32f>, int, int, int);
+template Subbands<Orb32s> transformForward(PaddedPlane<Orb32s>, int, int, int);
+template Subbands<Orb32f> transformForward(PaddedPlane<Orb32f>, int, int, int);
 
 }  // namespace orbhost::j2k

@@ -14,14 +14,14 @@ namespace orbhost::j2k {
 
 // A rectangle of samples with room on each side for what the filters read beyond it.
 template <class Sample>
-class Plane {
+class PaddedPlane {
  public:
   static constexpr int kRoomBefore = 4;
   static constexpr int kRoomBehind = 5;
 
-  Plane() = default;
+  PaddedPlane() = default;
   // The samples hold anything until they are written.
-  Plane(int width, int height) : width_(width), height_(height) {
+  PaddedPlane(int width, int height) : width_(width), height_(height) {
     const int64_t step = (int64_t{width} + kRoom) * static_cast<int64_t>(sizeof(Sample));
     checkCanBeHeld(width + kRoom, height + kRoom, step);
     samples_.reset(new Sample[stride() * (static_cast<size_t>(height) + kRoom)]);
@@ -51,17 +51,17 @@ template <class Sample>
 struct Subbands {
   enum { kHl, kLh, kHh };
 
-  Plane<Sample> low;                                 // LL of the last level
-  std::vector<std::array<Plane<Sample>, 3>> levels;  // HL, LH, HH; that of level 1 first
+  PaddedPlane<Sample> low;                                 // LL of the last level
+  std::vector<std::array<PaddedPlane<Sample>, 3>> levels;  // HL, LH, HH; that of level 1 first
 };
 
 // By the reversible 5/3 filter, if samples are integers, or the irreversible 9/7. The place is that
 // of the tile-component's first sample on its own grid.
 template <class Sample>
-Subbands<Sample> transformForward(Plane<Sample> samples, int x, int y, int levels);
+Subbands<Sample> transformForward(PaddedPlane<Sample> samples, int x, int y, int levels);
 
-extern template Subbands<Orb32s> transformForward(Plane<Orb32s>, int, int, int);
-extern template Subbands<Orb32f> transformForward(Plane<Orb32f>, int, int, int);
+extern template Subbands<Orb32s> transformForward(PaddedPlane<Orb32s>, int, int, int);
+extern template Subbands<Orb32f> transformForward(PaddedPlane<Orb32f>, int, int, int);
 
 }  // namespace orbhost::j2k
 

@@ -14,7 +14,7 @@ int floorLog2(uint32_t number) {
 }
 
 // T.800 table B.4.
-void putPassCount(int count, HeaderBits& bits) {
+void putPassCount(int count, HeaderBitWriter& bits) {
   if (count == 1) {
     bits.put(0);
   } else if (count == 2) {
@@ -56,7 +56,7 @@ size_t PacketWriter::putHeader(Bytes& to) {
       if (block.before == 0) band.inclusion.set(static_cast<int>(i), layer_);
     }
   }
-  HeaderBits bits(to);
+  HeaderBitWriter bits(to);
   bits.put(isEmpty ? 0 : 1);
   size_t bodyLength = 0;
   for (Band& band : bands_) {
@@ -81,7 +81,7 @@ size_t PacketWriter::putHeader(Bytes& to) {
 
 // The numbers of passes and bytes: of each piece as many bits as its length may have, which is more
 // with more passes (B.10.7).
-size_t PacketWriter::putPieces(Block& block, HeaderBits& bits) {
+size_t PacketWriter::putPieces(Block& block, HeaderBitWriter& bits) {
   putPassCount(block.now - block.before, bits);
   int lengthBits = block.lengthBits;
   forEachPiece(*block.coded, block.before, block.now, [&](int passes, int32_t begin, int32_t end) {

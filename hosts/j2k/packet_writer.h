@@ -45,7 +45,7 @@ class PacketWriter {
     std::vector<Block> blocks;
   };
 
-  size_t putPieces(Block& block, HeaderBits& bits);
+  size_t putPieces(Block& block, HeaderBitWriter& bits);
 
   std::vector<Band> bands_;
   int layer_ = 0;

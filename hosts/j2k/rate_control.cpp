@@ -16,10 +16,11 @@ constexpr size_t kEphLength = 2;
 
 }  // namespace
 
-RateControl::RateControl(std::vector<TilePrecincts>& tiles, int guardBits, const CodingStyle& style,
+RateControl::RateControl(std::vector<TilePrecincts>& tiles, int guardBits, const TileCoding& coding,
                          size_t fixedBytes)
-    : hasEph_(style.hasEph),
-      packetOverhead_((style.mayHaveSop ? kSopLength : 0) + (style.hasEph ? kEphLength : 0)),
+    : trimmer_(coding.components[0].style.blockStyle),
+      hasEph_(coding.style.hasEph),
+      packetOverhead_((coding.style.mayHaveSop ? kSopLength : 0) + (hasEph_ ? kEphLength : 0)),
       bytes_(fixedBytes) {
   for (TilePrecincts& tile : tiles) {
     writers_.emplace_back();
@@ -46,18 +47,23 @@ size_t RateControl::sizeOfAll() {
 }
 
 void RateControl::addLayerOfSize(size_t bytes) {
-  const auto behind = std::partition_point(slopes_.begin(), slopes_.end(), [&](double slope) {
-    chooseWorth(slope);
-    return sizeOfChosen() <= bytes;
-  });
-  const double slope =
-      behind == slopes_.begin() ? std::numeric_limits<double>::infinity() : behind[-1];
-  chooseWorth(slope);
-  const size_t size = sizeOfChosen();
-  if (size < bytes) {
-    chooseMore(bytes - size);
-    if (sizeOfChosen() > bytes) chooseWorth(slope);
+  const auto choose = [&] {
+    const auto behind = std::partition_point(slopes_.begin(), slopes_.end(), [&](double slope) {
+      chooseWorth(slope);
+      return sizeOfChosen() <= bytes;
+    });
+    chooseWorth(behind == slopes_.begin() ? std::numeric_limits<double>::infinity() : behind[-1]);
+  };
+  // What trimming saves makes room for more.
+  for (int round = 0; round < 2; ++round) {
+    choose();
+    trimChosen();
   }
+  for (size_t size = sizeOfChosen(); size < bytes && chooseMore(bytes - size);) {
+    trimChosen();
+    size = sizeOfChosen();
+  }
+  if (sizeOfChosen() > bytes) choose();
   addLayer();
 }
 
@@ -71,6 +77,7 @@ void RateControl::addLayerOfError(double squares) {
   } else {
     chooseWorth(*first);
   }
+  trimChosen();
   addLayer();
 }
 
@@ -90,7 +97,7 @@ void RateControl::chooseAll() {
 }
 
 // Uses up what a slope leaves of a layer's size: with the next cuts, the steepest first, that fit.
-void RateControl::chooseMore(size_t room) {
+bool RateControl::chooseMore(size_t room) {
   constexpr int kHeaderBytes = 4;  // hardly ever more for a block
   struct Candidate {
     CodedBlock* block;
@@ -115,6 +122,13 @@ void RateControl::chooseMore(size_t room) {
     if (one.bytes > room) continue;
     one.block->chosen = one.passes;
     room -= one.bytes;
+  }
+  return !candidates.empty();
+}
+
+void RateControl::trimChosen() {
+  for (size_t i = 0; i < blocks_.size(); ++i) {
+    if (blocks_[i]->chosen > taken_[i]) trimmer_.trim(*blocks_[i], taken_[i], blocks_[i]->chosen);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "hosts/bytes.h"
+#include "hosts/j2k/block_trimmer.h"
 #include "hosts/j2k/packet_writer.h"
 #include "hosts/j2k/parameters.h"
 #include "hosts/j2k/tile_encoder.h"
@@ -19,7 +20,7 @@ using TilePackets = std::vector<std::vector<Bytes>>;
 class RateControl {
  public:
   // The tiles have to stay where they are. `fixedBytes` is what else the file has.
-  RateControl(std::vector<TilePrecincts>& tiles, int guardBits, const CodingStyle& style,
+  RateControl(std::vector<TilePrecincts>& tiles, int guardBits, const TileCoding& coding,
               size_t fixedBytes);
 
   // The file's size if the next layer has all passes.
@@ -36,7 +37,8 @@ class RateControl {
  private:
   void chooseWorth(double slope);
   void chooseAll();
-  void chooseMore(size_t room);
+  bool chooseMore(size_t room);
+  void trimChosen();
   size_t sizeOfChosen();
   double errorOfChosen() const;
   void addLayer();
@@ -47,6 +49,7 @@ class RateControl {
   PacketWriter trial_;
   std::vector<TilePackets> packets_;
   std::vector<double> slopes_;  // all that there are, the steepest first
+  BlockTrimmer trimmer_;
   bool hasEph_;
   size_t packetOverhead_;    // of markers
   size_t bytes_;             // of the file so far

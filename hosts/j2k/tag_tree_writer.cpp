@@ -28,7 +28,7 @@ void TagTreeWriter::set(int leaf, int number) {
   }
 }
 
-void TagTreeWriter::write(int leaf, int threshold, HeaderBits& bits) {
+void TagTreeWriter::write(int leaf, int threshold, HeaderBitWriter& bits) {
   int32_t path[32];
   int depth = 0;
   for (int32_t i = leaf; i != kNone; i = nodes_[i].parent) path[depth++] = i;

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "hosts/j2k/header_bits.h"
+#include "hosts/j2k/header_bit_writer.h"
 
 namespace orbhost::j2k {
 
@@ -21,7 +21,7 @@ class TagTreeWriter {
 
   // Tells whether the leaf's number is below the threshold, and if it is, which one.
   static constexpr int kAll = INT32_MAX;
-  void write(int leaf, int threshold, HeaderBits& bits);
+  void write(int leaf, int threshold, HeaderBitWriter& bits);
 
  private:
   static constexpr int32_t kNone = -1;

@@ -24,13 +24,13 @@ void transformComponents(const Orb32f* from, Orb32f* const to[3], int width) {
 
 // The tile's samples around 0, by component (T.800 annex G).
 template <class Sample>
-std::vector<Plane<Sample>> componentPlanes(const Image& image, const TileCoding& coding,
-                                           const PictureSize& size, const Rect& tile) {
+std::vector<PaddedPlane<Sample>> componentPlanes(const Image& image, const TileCoding& coding,
+                                                 const PictureSize& size, const Rect& tile) {
   const int channels = image.channels();
   const int width = static_cast<int>(tile.width());
   const int height = static_cast<int>(tile.height());
   const int middle = 1 << (size.components[0].precision - 1);
-  std::vector<Plane<Sample>> planes;
+  std::vector<PaddedPlane<Sample>> planes;
   for (int c = 0; c < channels; ++c) planes.emplace_back(width, height);
   std::vector<Sample> shifted(static_cast<size_t>(width) * channels);
   for (int y = 0; y < height; ++y) {
@@ -78,7 +78,7 @@ double toMagnitudes(const Orb32f* from, int count, double step, Orb32s* to) {
 }
 
 template <class Sample>
-const Plane<Sample>& planeOf(const Band& band, const Subbands<Sample>& subbands) {
+const PaddedPlane<Sample>& planeOf(const Band& band, const Subbands<Sample>& subbands) {
   using Bands = Subbands<Sample>;
   switch (band.orientation) {
     case Orientation::kLl:
@@ -116,7 +116,8 @@ template <class Sample>
 TilePrecincts TileEncoder::encodeAs(const Tile& tile) {
   const ComponentStyle& style = styleOf(coding_);
   TilePrecincts precincts;
-  std::vector<Plane<Sample>> planes = componentPlanes<Sample>(image_, coding_, size_, tile.rect);
+  std::vector<PaddedPlane<Sample>> planes =
+      componentPlanes<Sample>(image_, coding_, size_, tile.rect);
   for (int c = 0; c < size_.componentCount(); ++c) {
     const TileComponent& component = tile.components[c];
     const Subbands<Sample> subbands =
@@ -149,8 +150,8 @@ TilePrecincts TileEncoder::encodeAs(const Tile& tile) {
 }
 
 template <class Sample>
-CodedBlock TileEncoder::encodeBlock(const Plane<Sample>& plane, const Band& band, const Rect& rect,
-                                    double componentWeight) {
+CodedBlock TileEncoder::encodeBlock(const PaddedPlane<Sample>& plane, const Band& band,
+                                    const Rect& rect, double componentWeight) {
   constexpr bool kIsExact = std::is_integral_v<Sample>;
   const BandPlan& plan = plans_[band.index];
   const OrbiSize size = {static_cast<int>(rect.width()), static_cast<int>(rect.height())};

@@ -30,7 +30,7 @@ class TileEncoder {
   template <class Sample>
   TilePrecincts encodeAs(const Tile& tile);
   template <class Sample>
-  CodedBlock encodeBlock(const Plane<Sample>& plane, const Band& band, const Rect& rect,
+  CodedBlock encodeBlock(const PaddedPlane<Sample>& plane, const Band& band, const Rect& rect,
                          double componentWeight);
 
   const Image& image_;

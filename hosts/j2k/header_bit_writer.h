@@ -1,6 +1,6 @@
 // The bits of a packet's header (ITU-T T.800 B.10.1).
-#ifndef ORB_HOSTS_J2K_HEADER_BITS_H
-#define ORB_HOSTS_J2K_HEADER_BITS_H
+#ifndef ORB_HOSTS_J2K_HEADER_BIT_WRITER_H
+#define ORB_HOSTS_J2K_HEADER_BIT_WRITER_H
 
 #include <cstdint>
 
@@ -10,9 +10,9 @@ namespace orbhost::j2k {
 
 // Appends bits to a header, the highest of a byte first. The highest bit behind a byte of 255 is
 // always 0, so that no marker comes up.
-class HeaderBits {
+class HeaderBitWriter {
  public:
-  explicit HeaderBits(Bytes& to) : to_(to) {}
+  explicit HeaderBitWriter(Bytes& to) : to_(to) {}
 
   void put(int bit) {
     byte_ = byte_ << 1 | static_cast<unsigned>(bit);
