@@ -20,6 +20,20 @@ bool isRaw(int pass, int style) {
   return (style & kBypass) != 0 && pass >= 10 && pass % 3 != 0;
 }
 
+// Of magnitudes cut in front of a bit, where a decoder takes the middle of what that leaves open.
+double squaredErrorOf(const Orb32s* samples, OrbiSize size, int lastBit) {
+  if (lastBit == 0) return 0;
+  const Orb32s left = (1 << lastBit) - 1;
+  const Orb32s middle = 1 << (lastBit - 1);
+  double squares = 0;
+  for (int i = 0; i < size.width * size.height; ++i) {
+    const Orb32s magnitude = samples[i] & INT32_MAX;
+    const Orb32s error = magnitude > left ? (magnitude & left) - middle : magnitude;
+    squares += static_cast<double>(error) * error;
+  }
+  return squares;
+}
+
 }  // namespace
 
 BlockEncoder::BlockEncoder(OrbiSize largest, int style)
@@ -42,6 +56,7 @@ CodedBlock BlockEncoder::encode(const Orb32s* samples, OrbiSize size, int subban
   block.width = size.width;
   block.height = size.height;
   block.subband = subband;
+  block.errorLeft = weight * squaredErrorOf(samples, size, lastBit) / std::pow(4.0, fractionBits);
   if (passes == 0) return block;
   block.bitPlanes = bits - fractionBits;
   store(block);

@@ -4,6 +4,12 @@
 
 namespace orbhost::j2k {
 
+double errorOfChosen(const CodedBlock& block) {
+  if (block.passes.empty()) return block.errorLeft;
+  const double taken = block.chosen == 0 ? 0 : block.passes[block.chosen - 1].errorLess;
+  return block.errorLeft + block.passes.back().errorLess - taken;
+}
+
 int passesWorth(const CodedBlock& block, double slope) {
   const auto behind =
       std::partition_point(block.cuts.begin(), block.cuts.end(),

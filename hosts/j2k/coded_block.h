@@ -30,14 +30,17 @@ struct CodedBlock {
   int height = 0;
   int subband = 0;  // as the library counts them
   Bytes bytes;
-  int bitPlanes = 0;        // that have a bit, or lie below one that has
-  double squaredError = 0;  // that the block leaves in the picture if nothing of it is there
+  int bitPlanes = 0;     // that have a bit, or lie below one that has
+  double errorLeft = 0;  // the squared error that all passes leave in the picture
   std::vector<Pass> passes;
   std::vector<Segment> segments;
   std::vector<Cut> cuts;
 
   int chosen = 0;  // passes in the layers up to the one that is being made
 };
+
+// The squared error that the chosen passes leave in the picture.
+double errorOfChosen(const CodedBlock& block);
 
 // How many passes are worth a slope.
 int passesWorth(const CodedBlock& block, double slope);

@@ -119,22 +119,32 @@ class Encoder {
     TileEncoder encoder(image_, size_, coding_, plans_);
     const auto count = static_cast<uint32_t>(TileGrid(size_).count());
     std::vector<Tile> tiles;
-    std::vector<TilePrecincts> precincts;
+    std::vector<TransformedTile> transformed;
     for (uint32_t t = 0; t < count; ++t) {
       tiles.emplace_back(size_, t, coding_);
-      precincts.push_back(encoder.encode(tiles.back()));
+      transformed.push_back(encoder.transform(tiles.back()));
     }
-    const int guardBits = guardBitsFor(precincts);
-    for (ComponentCoding& one : coding_.components) one.quantisation.guardBits = guardBits;
+    // Planes that no layer can want are not coded. If one turns out to want them, they are.
+    double finest = finestFor(encoder, transformed);
+    for (;; finest /= 4) {
+      std::vector<TilePrecincts> precincts;
+      for (uint32_t t = 0; t < count; ++t) {
+        precincts.push_back(encoder.encode(tiles[t], transformed[t], finest));
+      }
+      const int guardBits = guardBitsFor(precincts);
+      for (ComponentCoding& one : coding_.components) one.quantisation.guardBits = guardBits;
 
-    Bytes mainHeader;
-    CodestreamWriter(mainHeader).mainHeader(size_, coding_);
-    const size_t fixedBytes = (options_.isRaw ? 0 : jp2Header(size_, 0).size()) +
-                              mainHeader.size() + count * CodestreamWriter::kTilePartHeaderLength +
-                              kEndLength;
-    RateControl control(precincts, guardBits, coding_, fixedBytes);
-    addLayers(control);
-    return assemble(tiles, control.packets(), std::move(mainHeader));
+      Bytes mainHeader;
+      CodestreamWriter(mainHeader).mainHeader(size_, coding_);
+      const size_t fixedBytes = (options_.isRaw ? 0 : jp2Header(size_, 0).size()) +
+                                mainHeader.size() +
+                                count * CodestreamWriter::kTilePartHeaderLength + kEndLength;
+      RateControl control(precincts, guardBits, coding_, fixedBytes);
+      addLayers(control);
+      if (control.slope() >= kMostWorth * finest * finest || !encoder.leavesOut(finest)) {
+        return assemble(tiles, control.packets(), std::move(mainHeader));
+      }
+    }
   }
 
  private:
@@ -151,8 +161,26 @@ class Encoder {
   double errorAt(double psnr) const {
     return std::pow(image_.maximum(), 2) / std::pow(10.0, psnr / 10);
   }
-  // That of samples that are rounded to integers.
-  static constexpr double kRoundingError = 1.0 / 12;
+  // That of samples before they are rounded to integers. They were integers at first: what is off
+  // by less than 1/2 comes back, and what is off by more becomes 1 or more.
+  double errorBeforeRounding(double psnr) const {
+    const double wanted = errorAt(psnr);
+    const auto rounded = [](double error) {
+      double sum = 0;
+      for (int k = 1; k < 40; ++k) {
+        sum += (2 * k - 1) * std::erfc((k - 0.5) / std::sqrt(2 * error));
+      }
+      return sum;
+    };
+    if (wanted > 10) return wanted - 1.0 / 12;
+    double low = 0;
+    double high = 10;
+    for (int i = 0; i < 40; ++i) {
+      const double middle = (low + high) / 2;
+      (rounded(middle) > wanted ? high : low) = middle;
+    }
+    return low;
+  }
 
   // Fine enough for all goals. What is too fine is left out of the layers, or not coded at all.
   double baseStep() const {
@@ -163,10 +191,25 @@ class Encoder {
       return usual * std::min(1.0, std::pow(2.0, kBitsAtUsualStep - bits));
     }
     if (!options_.psnrs.empty()) {
-      const double error = errorAt(options_.psnrs.back());
-      return std::min(usual, std::sqrt(12 * std::max(error - kRoundingError, error / 16)) / 2);
+      return std::min(usual, std::sqrt(12 * errorBeforeRounding(options_.psnrs.back())) / 2);
     }
     return usual;
+  }
+
+  // A pass of a plane whose bits mean 1 in the picture lessens the squared error by no more than
+  // this for each byte.
+  static constexpr double kMostWorth = 6;
+
+  // Well below what bits have to mean in the last layer.
+  double finestFor(const TileEncoder& encoder, const std::vector<TransformedTile>& tiles) const {
+    if (goals() == 0 || endsWithAll()) return 0;
+    MagnitudeCounts counts;
+    for (const TransformedTile& tile : tiles) encoder.count(tile, counts);
+    const double threshold =
+        options_.rates.empty()
+            ? counts.thresholdOfError(errorBeforeRounding(options_.psnrs.back()) * samples())
+            : counts.thresholdOfBits(options_.rates.back() * samples() / image_.channels());
+    return threshold / 2.5;
   }
 
   // As few as hold all magnitudes.
@@ -209,7 +252,7 @@ class Encoder {
         std::min(bytes, static_cast<double>(std::numeric_limits<int32_t>::max()))));
   }
   void addLayerOfPsnr(double psnr, RateControl& control) const {
-    control.addLayerOfError((errorAt(psnr) - kRoundingError) * samples());
+    control.addLayerOfError(errorBeforeRounding(psnr) * samples());
   }
 
   Bytes assemble(const std::vector<Tile>& tiles, const std::vector<TilePackets>& packets,

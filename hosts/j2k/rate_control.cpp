@@ -29,8 +29,10 @@ RateControl::RateControl(std::vector<TilePrecincts>& tiles, int guardBits, const
       writers_.back().emplace_back(precinct, guardBits);
       for (PrecinctBand& band : precinct) {
         for (CodedBlock& block : band.blocks) {
-          squaredError_ += block.squaredError;
-          if (block.passes.empty()) continue;
+          if (block.passes.empty()) {
+            errorOfEmpty_ += block.errorLeft;
+            continue;
+          }
           blocks_.push_back(&block);
           for (const CodedBlock::Cut& cut : block.cuts) slopes_.push_back(cut.slope);
         }
@@ -87,12 +89,14 @@ void RateControl::addLayerOfAll() {
 }
 
 void RateControl::chooseWorth(double slope) {
+  slope_ = slope;
   for (size_t i = 0; i < blocks_.size(); ++i) {
     blocks_[i]->chosen = std::max(taken_[i], passesWorth(*blocks_[i], slope));
   }
 }
 
 void RateControl::chooseAll() {
+  slope_ = 0;
   for (CodedBlock* const block : blocks_) block->chosen = static_cast<int>(block->passes.size());
 }
 
@@ -147,10 +151,8 @@ size_t RateControl::sizeOfChosen() {
 }
 
 double RateControl::errorOfChosen() const {
-  double squares = squaredError_;
-  for (const CodedBlock* const block : blocks_) {
-    if (block->chosen > 0) squares -= block->passes[block->chosen - 1].errorLess;
-  }
+  double squares = errorOfEmpty_;
+  for (const CodedBlock* const block : blocks_) squares += j2k::errorOfChosen(*block);
   return squares;
 }
 

@@ -32,6 +32,9 @@ class RateControl {
   void addLayerOfError(double squares);
   void addLayerOfAll();
 
+  // What passes had to be worth in the last layer, which took all that are.
+  double slope() const { return slope_; }
+
   std::vector<TilePackets>& packets() { return packets_; }
 
  private:
@@ -53,7 +56,8 @@ class RateControl {
   bool hasEph_;
   size_t packetOverhead_;    // of markers
   size_t bytes_;             // of the file so far
-  double squaredError_ = 0;  // if no block is there
+  double errorOfEmpty_ = 0;  // of blocks without passes
+  double slope_ = 0;
 };
 
 }  // namespace orbhost::j2k

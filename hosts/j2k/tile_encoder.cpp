@@ -54,27 +54,19 @@ std::vector<PaddedPlane<Sample>> componentPlanes(const Image& image, const TileC
 
 constexpr Orb32u kSign = 0x80000000u;
 
-// Signs in bit 31 and magnitudes. Returns the sum of their squares in units of a step.
-double toMagnitudes(const Orb32s* from, int count, double, Orb32s* to) {
-  double squares = 0;
+// Signs in bit 31 and magnitudes.
+void toMagnitudes(const Orb32s* from, int count, double, Orb32s* to) {
   for (int i = 0; i < count; ++i) {
-    const Orb32s magnitude = std::abs(from[i]);
     to[i] = static_cast<Orb32s>((static_cast<Orb32u>(from[i]) & kSign) |
-                                static_cast<Orb32u>(magnitude));
-    squares += static_cast<double>(magnitude) * magnitude;
+                                static_cast<Orb32u>(std::abs(from[i])));
   }
-  return squares;
 }
-double toMagnitudes(const Orb32f* from, int count, double step, Orb32s* to) {
+void toMagnitudes(const Orb32f* from, int count, double step, Orb32s* to) {
   const auto scale = static_cast<float>((1 << kFractionBits) / step);
-  double squares = 0;
   for (int i = 0; i < count; ++i) {
-    const float magnitude = std::fabs(from[i]) * scale;
-    to[i] = static_cast<Orb32s>((from[i] < 0 ? kSign : 0) |
-                                static_cast<Orb32u>(static_cast<Orb32s>(magnitude)));
-    squares += static_cast<double>(magnitude) * magnitude;
+    const auto magnitude = static_cast<Orb32s>(std::fabs(from[i]) * scale);
+    to[i] = static_cast<Orb32s>((from[i] < 0 ? kSign : 0) | static_cast<Orb32u>(magnitude));
   }
-  return squares / (1 << 2 * kFractionBits);
 }
 
 template <class Sample>
@@ -100,32 +92,82 @@ const ComponentStyle& styleOf(const TileCoding& coding) {
 }  // namespace
 
 TileEncoder::TileEncoder(const Image& image, const PictureSize& size, const TileCoding& coding,
-                         std::vector<BandPlan> plans)
+                         const std::vector<BandPlan>& plans)
     : image_(image),
       size_(size),
       coding_(coding),
-      plans_(std::move(plans)),
+      plans_(plans),
       blockEncoder_({1 << styleOf(coding).blockWidth, 1 << styleOf(coding).blockHeight},
-                    styleOf(coding).blockStyle) {}
+                    styleOf(coding).blockStyle) {
+  for (int c = 0; c < size.componentCount(); ++c) {
+    componentNorms_.push_back(
+        coding.style.transformsComponents ? componentNorm(styleOf(coding).isReversible, c) : 1);
+  }
+}
 
-TilePrecincts TileEncoder::encode(const Tile& tile) {
-  return styleOf(coding_).isReversible ? encodeAs<Orb32s>(tile) : encodeAs<Orb32f>(tile);
+TransformedTile TileEncoder::transform(const Tile& tile) {
+  TransformedTile transformed;
+  const auto transformAs = [&](auto& components, auto planes) {
+    for (size_t c = 0; c < planes.size(); ++c) {
+      components.push_back(
+          transformForward(std::move(planes[c]), static_cast<int>(tile.components[c].rect.x0),
+                           static_cast<int>(tile.components[c].rect.y0), styleOf(coding_).levels));
+    }
+  };
+  if (styleOf(coding_).isReversible) {
+    transformAs(transformed.exact, componentPlanes<Orb32s>(image_, coding_, size_, tile.rect));
+  } else {
+    transformAs(transformed.real, componentPlanes<Orb32f>(image_, coding_, size_, tile.rect));
+  }
+  return transformed;
+}
+
+void TileEncoder::count(const TransformedTile& tile, MagnitudeCounts& counts) const {
+  for (size_t c = 0; c < tile.real.size(); ++c) {
+    size_t band = 0;
+    const auto add = [&](const PaddedPlane<Orb32f>& plane) {
+      const auto norm = static_cast<float>(plans_[band++].norm * componentNorms_[c]);
+      for (int y = 0; y < plane.height(); ++y) counts.add(plane.row(y), plane.width(), norm);
+    };
+    const Subbands<Orb32f>& subbands = tile.real[c];
+    add(subbands.low);
+    for (size_t level = subbands.levels.size(); level > 0; --level) {
+      for (const PaddedPlane<Orb32f>& plane : subbands.levels[level - 1]) add(plane);
+    }
+  }
+}
+
+TilePrecincts TileEncoder::encode(const Tile& tile, const TransformedTile& transformed,
+                                  double finest) {
+  return styleOf(coding_).isReversible ? encodeAs(tile, transformed.exact, finest)
+                                       : encodeAs(tile, transformed.real, finest);
+}
+
+bool TileEncoder::leavesOut(double finest) const {
+  for (int c = 0; c < size_.componentCount(); ++c) {
+    for (int band = 0; band < static_cast<int>(plans_.size()); ++band) {
+      if (lastPlaneFor(c, band, finest) > 0) return true;
+    }
+  }
+  return false;
+}
+
+int TileEncoder::lastPlaneFor(int component, int band, double finest) const {
+  constexpr int kMostLeftOut = 20;
+  int plane = 0;
+  for (double unit = unitOf(component, band); unit < finest && plane < kMostLeftOut; unit *= 2) {
+    ++plane;
+  }
+  return plane;
 }
 
 template <class Sample>
-TilePrecincts TileEncoder::encodeAs(const Tile& tile) {
-  const ComponentStyle& style = styleOf(coding_);
+TilePrecincts TileEncoder::encodeAs(const Tile& tile,
+                                    const std::vector<Subbands<Sample>>& components,
+                                    double finest) {
   TilePrecincts precincts;
-  std::vector<PaddedPlane<Sample>> planes =
-      componentPlanes<Sample>(image_, coding_, size_, tile.rect);
   for (int c = 0; c < size_.componentCount(); ++c) {
-    const TileComponent& component = tile.components[c];
-    const Subbands<Sample> subbands =
-        transformForward(std::move(planes[c]), static_cast<int>(component.rect.x0),
-                         static_cast<int>(component.rect.y0), style.levels);
-    const double norm =
-        coding_.style.transformsComponents ? componentNorm(style.isReversible, c) : 1;
-    for (const Resolution& resolution : component.resolutions) {
+    for (const Resolution& resolution : tile.components[c].resolutions) {
       for (uint32_t precinct = 0; precinct < resolution.precinctCount(); ++precinct) {
         precincts.emplace_back();
         for (const Band& band : resolution.bands) {
@@ -135,10 +177,10 @@ TilePrecincts TileEncoder::encodeAs(const Tile& tile) {
                                 plans_[band.index].code.exponent,
                                 {}};
           coded.blocks.reserve(static_cast<size_t>(grid.count()));
+          const PaddedPlane<Sample>& plane = planeOf(band, components[c]);
           for (uint32_t row = 0; row < grid.rows; ++row) {
             for (uint32_t column = 0; column < grid.columns; ++column) {
-              coded.blocks.push_back(
-                  encodeBlock(planeOf(band, subbands), band, grid.block(column, row), norm * norm));
+              coded.blocks.push_back(encodeBlock(plane, c, band, grid.block(column, row), finest));
             }
           }
           precincts.back().push_back(std::move(coded));
@@ -150,24 +192,21 @@ TilePrecincts TileEncoder::encodeAs(const Tile& tile) {
 }
 
 template <class Sample>
-CodedBlock TileEncoder::encodeBlock(const PaddedPlane<Sample>& plane, const Band& band,
-                                    const Rect& rect, double componentWeight) {
+CodedBlock TileEncoder::encodeBlock(const PaddedPlane<Sample>& plane, int component,
+                                    const Band& band, const Rect& rect, double finest) {
   constexpr bool kIsExact = std::is_integral_v<Sample>;
-  const BandPlan& plan = plans_[band.index];
   const OrbiSize size = {static_cast<int>(rect.width()), static_cast<int>(rect.height())};
   const auto x = static_cast<int>(rect.x0 - band.rect.x0);
   const auto y = static_cast<int>(rect.y0 - band.rect.y0);
   magnitudes_.resize(static_cast<size_t>(size.width) * size.height);
-  double squares = 0;
   for (int row = 0; row < size.height; ++row) {
-    squares += toMagnitudes(plane.row(y + row) + x, size.width, plan.step,
-                            magnitudes_.data() + static_cast<size_t>(row) * size.width);
+    toMagnitudes(plane.row(y + row) + x, size.width, plans_[band.index].step,
+                 magnitudes_.data() + static_cast<size_t>(row) * size.width);
   }
-  const double weight = plan.step * plan.step * plan.norm * plan.norm * componentWeight;
-  CodedBlock block =
-      blockEncoder_.encode(magnitudes_.data(), size, static_cast<int>(band.orientation),
-                           kIsExact ? 0 : kFractionBits, 0, weight);
-  block.squaredError = squares * weight;
+  const double unit = unitOf(component, band.index);
+  CodedBlock block = blockEncoder_.encode(
+      magnitudes_.data(), size, static_cast<int>(band.orientation), kIsExact ? 0 : kFractionBits,
+      lastPlaneFor(component, band.index, finest), unit * unit);
   findCuts(block, (styleOf(coding_).blockStyle & kPredictableTermination) != 0);
   return block;
 }
