@@ -96,7 +96,8 @@ TileComponent::TileComponent(const Rect& area, const ComponentStyle& style) : re
                           style.blockHeight,
                           cellsOf(reduced.x0, reduced.x1, size.width),
                           cellsOf(reduced.y0, reduced.y1, size.height),
-                          {}};
+                          {},
+                          0};
     if (r == 0) {
       resolution.bands.push_back({Orientation::kLl, style.levels, 0, reduced});
     } else {
@@ -113,8 +114,13 @@ TileComponent::TileComponent(const Rect& area, const ComponentStyle& style) : re
 Tile::Tile(const PictureSize& size, uint32_t tile, const TileCoding& coding)
     : rect(tileRect(size, tile)) {
   components.reserve(size.components.size());
+  uint64_t precincts = 0;
   for (size_t c = 0; c < size.components.size(); ++c) {
     components.emplace_back(componentRect(rect, size.components[c]), coding.components[c].style);
+    for (Resolution& resolution : components.back().resolutions) {
+      resolution.firstPrecinct = static_cast<size_t>(precincts);
+      precincts += resolution.precinctCount();
+    }
   }
 }
 

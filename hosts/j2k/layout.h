@@ -94,6 +94,7 @@ struct Resolution {
   uint32_t precinctsWide;
   uint32_t precinctsHigh;
   std::vector<Band> bands;
+  size_t firstPrecinct = 0;  // how many precincts of the tile come in front of its own
 
   uint64_t precinctCount() const { return uint64_t{precinctsWide} * precinctsHigh; }
   BlockGrid blocks(const Band& band, uint32_t precinct) const;

@@ -29,15 +29,7 @@ PacketSequence::PacketSequence(const PictureSize& size, const Tile& tile, const 
     change.endLayer = std::min(change.endLayer, coding.style.layers);
     change.endComponent = std::min(change.endComponent, static_cast<int>(tile.components.size()));
   }
-  size_t precincts = 0;
-  firstPrecincts_.resize(tile.components.size());
-  for (size_t c = 0; c < tile.components.size(); ++c) {
-    for (const Resolution& resolution : tile.components[c].resolutions) {
-      firstPrecincts_[c].push_back(precincts);
-      precincts += static_cast<size_t>(resolution.precinctCount());
-    }
-  }
-  nextLayers_.resize(precincts);
+  nextLayers_.resize(static_cast<size_t>(tile.precinctCount()));
 }
 
 bool PacketSequence::next(Packet& packet) {
@@ -50,7 +42,8 @@ bool PacketSequence::next(Packet& packet) {
       }
     }
     const Stop& stop = stops_[stop_++];
-    const size_t precinct = firstPrecincts_[stop.component][stop.resolution] + stop.precinct;
+    const size_t precinct =
+        tile_.components[stop.component].resolutions[stop.resolution].firstPrecinct + stop.precinct;
     if (layer_ == nextLayers_[precinct]) {
       ++nextLayers_[precinct];
       packet = {stop.component, stop.resolution, stop.precinct, layer_, precinct};
@@ -113,7 +106,7 @@ void PacketSequence::collect(int component, int resolution) {
   const Resolution& r = resolutions[resolution];
   const ComponentSize& size = size_.components[component];
   const int levels = static_cast<int>(resolutions.size()) - 1 - resolution;
-  const uint16_t* const nextLayers = nextLayers_.data() + firstPrecincts_[component][resolution];
+  const uint16_t* const nextLayers = nextLayers_.data() + r.firstPrecinct;
   uint32_t precinct = 0;
   for (uint32_t row = 0; row < r.precinctsHigh; ++row) {
     const uint32_t y =

@@ -15,7 +15,7 @@ struct Packet {
   int resolution;
   uint32_t precinct;  // of the resolution
   int layer;
-  size_t precinctOfTile;  // precincts counted through components, and through their resolutions
+  size_t precinctOfTile;  // precincts counted through the components' resolutions
 };
 
 // Goes through the packets of a tile, by its only progression or by its progression changes. A
@@ -50,8 +50,7 @@ class PacketSequence {
   const Tile& tile_;
   std::vector<ProgressionChange> changes_;
   size_t nextChange_ = 0;
-  std::vector<std::vector<size_t>> firstPrecincts_;  // of each component's resolutions
-  std::vector<uint16_t> nextLayers_;                 // of each precinct
+  std::vector<uint16_t> nextLayers_;  // of each precinct of the tile
 
   // The progression: its precincts in order, in groups whose layers take turns.
   ProgressionChange change_;
