@@ -6,9 +6,9 @@
 
 namespace orbhost::j2k {
 
-void BlockTrimmer::trim(CodedBlock& block, int taken, int chosen) {
-  CodedBlock::Pass& last = block.passes[chosen - 1];
-  const CodedBlock::Segment& segment = block.segments[last.segment];
+void BlockTrimmer::trim(EncodedBlock& block, int taken, int chosen) {
+  EncodedBlock::Pass& last = block.passes[chosen - 1];
+  const EncodedBlock::Segment& segment = block.segments[last.segment];
   if (last.isTrimmed || chosen == segment.passEnd) return;
   last.isTrimmed = true;
   constexpr int32_t kMostTrimmed = 6;
@@ -25,7 +25,7 @@ void BlockTrimmer::trim(CodedBlock& block, int taken, int chosen) {
   }
 }
 
-void BlockTrimmer::decode(const CodedBlock& block, int passes, int32_t length,
+void BlockTrimmer::decode(const EncodedBlock& block, int passes, int32_t length,
                           std::vector<Orb32s>& samples) {
   const OrbiSize size = {block.width, block.height};
   Orb32s stateSize;

@@ -216,9 +216,9 @@ class Encoder {
   static int guardBitsFor(const std::vector<TilePrecincts>& tiles) {
     int guardBits = 1;
     for (const TilePrecincts& tile : tiles) {
-      for (const std::vector<PrecinctBand>& precinct : tile) {
-        for (const PrecinctBand& band : precinct) {
-          for (const CodedBlock& block : band.blocks) {
+      for (const std::vector<EncodedBand>& precinct : tile) {
+        for (const EncodedBand& band : precinct) {
+          for (const EncodedBlock& block : band.blocks) {
             guardBits = std::max(guardBits, block.bitPlanes - band.exponent + 1);
           }
         }
