@@ -78,8 +78,10 @@ endforeach()
 
 # Linked by the C compiler, so that the C++ runtime is not even offered.
 add_library(orb90legacy SHARED ${ORB_OBJECTS})
-set_target_properties(orb90legacy PROPERTIES LINKER_LANGUAGE C)
-target_include_directories(orb90legacy INTERFACE ${PROJECT_SOURCE_DIR}/include)
+set_target_properties(orb90legacy PROPERTIES LINKER_LANGUAGE C VERSION ${PROJECT_VERSION}
+                                             SOVERSION ${PROJECT_VERSION_MAJOR})
+target_include_directories(orb90legacy
+                           INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
 if(WIN32)
   include(OrbWindows)
 else()

@@ -20,7 +20,7 @@ for set in "$@"; do
     test)
       packages="$packages googletest binutils libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
       packages="$packages zlib1g-dev libdeflate-dev libzopfli-dev pigz zopfli libdeflate-tools"
-      packages="$packages libdivsufsort-dev bzip2"
+      packages="$packages libdivsufsort-dev bzip2 pkg-config"
       ;;
     bench)
       packages="$packages libbenchmark-dev libjpeg62-turbo-dev zlib1g-dev libdeflate-dev libisal-dev"
