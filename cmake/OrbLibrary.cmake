@@ -5,6 +5,7 @@ set(ORB_FRAME_SOURCES
     compress/tables/deflate.cpp
     compress/tables/hash_mix.cpp
     compress/tables/inflate.cpp
+    dv/tables/dct248.cpp
     frame/cpu.cpp
     frame/dispatch.cpp
     frame/library.cpp
@@ -30,6 +31,9 @@ set(ORB_ENTRY_SOURCES
     compress/lz77_state.cpp
     compress/move_to_front.cpp
     compress/run_length.cpp
+    dv/macroblock.cpp
+    dv/segment.cpp
+    dv/transform.cpp
     jpeg/color.cpp
     jpeg/dct.cpp
     jpeg/huffman_lossless.cpp
