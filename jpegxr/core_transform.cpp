@@ -1,6 +1,10 @@
 // The photo core transform: argument checks, then one call into a kernel.
 #include "jpegxr/px/core_transform.h"
 
+#if ORB_SIMD
+#include "jpegxr/simd/core_transform.h"
+#endif
+
 namespace orb::ORB_BUILD {
 
 template <class Transform, class Lift, class T>
