@@ -17,7 +17,10 @@ set(ORB_FRAME_SOURCES
     jpeg/tables/zigzag.cpp
     jpeg2k/tables/contexts.cpp
     jpeg2k/tables/distortion.cpp
-    jpeg2k/tables/mq.cpp)
+    jpeg2k/tables/mq.cpp
+    jpegxr/tables/run_level.cpp
+    jpegxr/tables/scan.cpp
+    jpegxr/tables/vlc.cpp)
 
 set(ORB_ENTRY_SOURCES
     compress/bwt.cpp
@@ -49,7 +52,11 @@ set(ORB_ENTRY_SOURCES
     jpeg2k/codeblock_progressive.cpp
     jpeg2k/components.cpp
     jpeg2k/wavelet_image.cpp
-    jpeg2k/wavelet_lifting.cpp)
+    jpeg2k/wavelet_lifting.cpp
+    jpegxr/coefficient_coding.cpp
+    jpegxr/core_transform.cpp
+    jpegxr/fixed_length.cpp
+    jpegxr/vlc_state.cpp)
 
 function(orb_object_library name)
   add_library(${name} OBJECT ${ARGN})
