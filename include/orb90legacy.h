@@ -25,6 +25,7 @@
 #define ORB90LEGACY_H
 
 #include "orb90legacy/compress.h"
+#include "orb90legacy/image.h"
 #include "orb90legacy/jpeg.h"
 #include "orb90legacy/jpeg2k.h"
 #include "orb90legacy/library.h"
