@@ -30,6 +30,10 @@ set(ORB_ENTRY_SOURCES
     compress/lz77_state.cpp
     compress/move_to_front.cpp
     compress/run_length.cpp
+    image/filter.cpp
+    image/morphology.cpp
+    image/rotate.cpp
+    image/warp.cpp
     jpeg/color.cpp
     jpeg/dct.cpp
     jpeg/huffman_lossless.cpp
