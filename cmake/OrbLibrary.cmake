@@ -37,6 +37,10 @@ set(ORB_ENTRY_SOURCES
     dv/macroblock.cpp
     dv/segment.cpp
     dv/transform.cpp
+    image/filter.cpp
+    image/morphology.cpp
+    image/rotate.cpp
+    image/warp.cpp
     jpeg/color.cpp
     jpeg/dct.cpp
     jpeg/huffman_lossless.cpp

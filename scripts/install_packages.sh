@@ -21,10 +21,13 @@ for set in "$@"; do
       packages="$packages googletest binutils libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
       packages="$packages zlib1g-dev libdeflate-dev libzopfli-dev pigz zopfli libdeflate-tools"
       packages="$packages libdivsufsort-dev bzip2 pkg-config"
+      packages="$packages libdivsufsort-dev bzip2"
+      packages="$packages libopencv-imgproc-dev"
       ;;
     bench)
       packages="$packages libbenchmark-dev libjpeg62-turbo-dev zlib1g-dev libdeflate-dev libisal-dev"
       packages="$packages libdivsufsort-dev"
+      packages="$packages libopencv-imgproc-dev"
       ;;
     i386) packages="$packages g++-multilib" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
