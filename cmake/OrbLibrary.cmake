@@ -45,7 +45,11 @@ set(ORB_ENTRY_SOURCES
     jpeg2k/codeblock_progressive.cpp
     jpeg2k/components.cpp
     jpeg2k/wavelet_image.cpp
-    jpeg2k/wavelet_lifting.cpp)
+    jpeg2k/wavelet_lifting.cpp
+    side/lu.cpp
+    side/samples.cpp
+    side/tiff.cpp
+    side/video.cpp)
 
 function(orb_object_library name)
   add_library(${name} OBJECT ${ARGN})

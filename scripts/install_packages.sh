@@ -21,6 +21,7 @@ for set in "$@"; do
       packages="$packages googletest binutils libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
       packages="$packages zlib1g-dev libdeflate-dev libzopfli-dev pigz zopfli libdeflate-tools"
       packages="$packages libdivsufsort-dev bzip2"
+      packages="$packages libeigen3-dev"
       ;;
     bench)
       packages="$packages libbenchmark-dev libjpeg62-turbo-dev zlib1g-dev libdeflate-dev libisal-dev"
