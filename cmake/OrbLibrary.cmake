@@ -61,6 +61,10 @@ set(ORB_ENTRY_SOURCES
     jpegxr/core_transform.cpp
     jpegxr/fixed_length.cpp
     jpegxr/vlc_state.cpp)
+    side/lu.cpp
+    side/samples.cpp
+    side/tiff.cpp
+    side/video.cpp)
 
 function(orb_object_library name)
   add_library(${name} OBJECT ${ARGN})

@@ -31,6 +31,7 @@
 #include "orb90legacy/jpeg2k.h"
 #include "orb90legacy/jpegxr.h"
 #include "orb90legacy/library.h"
+#include "orb90legacy/side.h"
 #include "orb90legacy/status.h"
 #include "orb90legacy/types.h"
 

@@ -23,6 +23,7 @@ for set in "$@"; do
       packages="$packages libdivsufsort-dev bzip2 pkg-config"
       packages="$packages libdivsufsort-dev bzip2"
       packages="$packages libopencv-imgproc-dev"
+      packages="$packages libeigen3-dev"
       ;;
     bench)
       packages="$packages libbenchmark-dev libjpeg62-turbo-dev zlib1g-dev libdeflate-dev libisal-dev"
