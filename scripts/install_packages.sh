@@ -18,9 +18,9 @@ for set in "$@"; do
   case $set in
     build) packages="$packages g++ cmake ninja-build libcli11-dev libpng-dev" ;;
     test)
-      packages="$packages googletest binutils libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
+      packages="$packages googletest binutils pkg-config"
+      packages="$packages libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
       packages="$packages zlib1g-dev libdeflate-dev libzopfli-dev pigz zopfli libdeflate-tools"
-      packages="$packages libdivsufsort-dev bzip2 pkg-config"
       packages="$packages libdivsufsort-dev bzip2"
       packages="$packages libopencv-imgproc-dev"
       packages="$packages libeigen3-dev"
