@@ -60,7 +60,7 @@ set(ORB_ENTRY_SOURCES
     jpegxr/coefficient_coding.cpp
     jpegxr/core_transform.cpp
     jpegxr/fixed_length.cpp
-    jpegxr/vlc_state.cpp)
+    jpegxr/vlc_state.cpp
     side/lu.cpp
     side/samples.cpp
     side/tiff.cpp

@@ -30,7 +30,7 @@ for set in "$@"; do
       packages="$packages libdivsufsort-dev"
       packages="$packages libopencv-imgproc-dev"
       ;;
-    i386) packages="$packages g++-multilib" ;;
+    i386) packages="$packages g++-multilib qemu-user" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
     fuzz) packages="$packages clang libclang-rt-14-dev" ;;
     format) packages="$packages clang-format" ;;
