@@ -9,6 +9,7 @@
 #include "hosts/file.h"
 #include "hosts/image_file.h"
 #include "hosts/j2k/decode.h"
+#include "hosts/j2k/encode_command.h"
 #include "hosts/j2k/picture.h"
 #include "hosts/pnm_file.h"
 #include "hosts/stopwatch.h"
@@ -107,8 +108,9 @@ void addDecode(CLI::App& j2k) {
 }  // namespace
 
 void addJ2kCommand(CLI::App& program) {
-  CLI::App& j2k = *program.add_subcommand("j2k", "JPEG 2000 (ITU-T T.800): decode");
+  CLI::App& j2k = *program.add_subcommand("j2k", "JPEG 2000 (ITU-T T.800): encode, decode");
   j2k.require_subcommand(1);
+  j2k::addEncodeCommand(j2k);
   addDecode(j2k);
 }
 
