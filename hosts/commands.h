@@ -9,6 +9,7 @@ namespace orbhost {
 void addGzipCommand(CLI::App& program);
 void addGunzipCommand(CLI::App& program);
 void addJpegCommand(CLI::App& program);
+void addJxrCommand(CLI::App& program);
 void addPackCommand(CLI::App& program);
 void addUnpackCommand(CLI::App& program);
 

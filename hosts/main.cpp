@@ -32,6 +32,7 @@ int main(int argc, char** argv) {
       "The exit status is 0 for success and 1 for any failure, which is explained in one line. "
       "gzip and\ngunzip also know 2: a file was left as it is, or something behind its end was.");
   orbhost::addJpegCommand(program);
+  orbhost::addJxrCommand(program);
   orbhost::addGzipCommand(program);
   orbhost::addGunzipCommand(program);
   orbhost::addPackCommand(program);
