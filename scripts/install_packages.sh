@@ -21,10 +21,12 @@ for set in "$@"; do
       packages="$packages googletest binutils libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
       packages="$packages zlib1g-dev libdeflate-dev libzopfli-dev pigz zopfli libdeflate-tools"
       packages="$packages libdivsufsort-dev bzip2"
+      packages="$packages libjxr-tools"
       ;;
     bench)
       packages="$packages libbenchmark-dev libjpeg62-turbo-dev zlib1g-dev libdeflate-dev libisal-dev"
       packages="$packages libdivsufsort-dev"
+      packages="$packages libjxr-dev"
       ;;
     i386) packages="$packages g++-multilib" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;

@@ -227,12 +227,10 @@ void writePlaneHeader(const PlaneHeader& header, Depth depth, BitWriter& to) {
   to.put(static_cast<uint32_t>(header.bands), 4);
   if (hasChroma(header.format)) to.put(0, 8);
   if (hasShift(depth)) to.put(static_cast<uint32_t>(header.shift), 8);
-  to.put(1, 1);
-  writeQuantiser(*header.quantiser[kDc], header.channels, to);
-  for (int band = kLowPass; band < std::min<int>(bandsOf(header.bands), kFlexbits); ++band) {
-    const bool same = header.quantiser[band] == header.quantiser[band - 1];
-    to.put(same, 1);
-    if (same) continue;
+  // A quantiser is written even where a flag would do for that of the band before: there are decoders
+  // that refuse such a flag in both bands.
+  for (int band = kDc; band < std::min<int>(bandsOf(header.bands), kFlexbits); ++band) {
+    if (band != kDc) to.put(0, 1);
     to.put(1, 1);
     writeQuantiser(*header.quantiser[band], header.channels, to);
   }
