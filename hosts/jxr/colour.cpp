@@ -17,7 +17,9 @@ struct Range {
         shift(plane.shift),
         maximum(image.depth == Depth::k8 ? 255 : 65535),
         middle(((maximum / 2 + 1) >> shift) << fraction),
-        rounding(!plane.scaled ? 0 : image.depth == Depth::k8 ? 3 : 4) {}
+        rounding(!plane.scaled              ? 0
+                 : image.depth == Depth::k8 ? 3
+                                            : 4) {}
 
   int32_t toValue(int32_t sample) const { return (sample >> shift) << fraction; }
   int32_t toSample(int32_t value) const {

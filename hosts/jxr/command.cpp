@@ -109,7 +109,8 @@ void addEncode(CLI::App& jxr) {
       "  orb jxr encode --quality 100 scan.pgm scan.jxr\n"
       "  orb jxr encode --quantiser 40 --subsampling 420 --overlap 2 photo.png small.jxr\n"
       "  orb jxr encode --order frequency --tile 256x256 map.png map.jxr\n\n"
-      "Grey and RGB pictures, and CMYK from a PAM, of 8 or 16 bits to a sample; samples of another\n"
+      "Grey and RGB pictures, and CMYK from a PAM, of 8 or 16 bits to a sample; samples of "
+      "another\n"
       "depth are scaled. A PNG's transparency is dropped.");
   command.callback([arguments] { encode(*arguments); });
 }
@@ -128,7 +129,8 @@ void addDecode(CLI::App& jxr) {
       "Examples:\n"
       "  orb jxr decode photo.jxr photo.png\n"
       "  orb jxr decode inks.jxr inks.pam\n\n"
-      "Reads grey, RGB and CMYK of 8 and 16 bits to a sample, in any order, tiles and subsampling.\n"
+      "Reads grey, RGB and CMYK of 8 and 16 bits to a sample, in any order, tiles and "
+      "subsampling.\n"
       "Transparency is dropped. A damaged or cut-off file is refused, and nothing is written.");
   command.callback([arguments] { decode(*arguments); });
 }

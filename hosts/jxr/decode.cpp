@@ -1,5 +1,6 @@
 #include "hosts/jxr/decode.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -19,8 +20,12 @@ namespace orbhost::jxr {
 
 namespace {
 
-// No macroblock takes less than one bit.
-constexpr int64_t kMacroblocksPerByte = 8;
+// That a macroblock takes: channels with chroma share two bits of the DC band and one of each
+// other.
+int leastBits(const PlaneHeader& plane) {
+  const int bands = std::min<int>(bandsOf(plane.bands), kFlexbits);
+  return hasChroma(plane.format) ? 1 + bands : plane.channels * bands;
+}
 
 void checkColours(OutputFormat output, ColourFormat format) {
   const bool fits = output == OutputFormat::kGrey ? format == ColourFormat::kGrey
@@ -47,11 +52,11 @@ class Decoder {
  public:
   Decoder(const uint8_t* codestream, size_t size)
       : end_(codestream + size), headers_(codestream, end_), image_(readImageHeader(headers_)) {
+    std::vector<PlaneHeader> headers = {readPlaneHeader(image_.depth, headers_)};
     const int64_t macroblocks = int64_t{image_.macroblocksWide()} * image_.macroblocksHigh();
-    if (macroblocks > static_cast<int64_t>(size) * kMacroblocksPerByte) {
+    if (macroblocks > static_cast<int64_t>(size) * 8 / leastBits(headers[0])) {
       throw Error("the file is too short for a picture of that size");
     }
-    std::vector<PlaneHeader> headers = {readPlaneHeader(image_.depth, headers_)};
     checkColours(image_.output, headers[0].format);
     checkOverlap(image_, headers[0].format);
     if (image_.alpha) {

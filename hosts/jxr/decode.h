@@ -7,9 +7,9 @@
 
 namespace orbhost::jxr {
 
-// Pictures of 8 or 16 bits to a sample: grey, RGB (whose chroma may be halved) and CMYK, in any tiles
-// and order, with any of their bands. A plane of transparency is dropped. Throws an Error if the
-// file is damaged, cut off or of another kind.
+// Pictures of 8 or 16 bits to a sample: grey, RGB (whose chroma may be halved) and CMYK, in any
+// tiles and order, with any of their bands. A plane of transparency is dropped. Throws an Error if
+// the file is damaged, cut off or of another kind.
 Image decodeJxr(ByteView file);
 
 }  // namespace orbhost::jxr

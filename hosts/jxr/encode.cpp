@@ -18,8 +18,8 @@ namespace orbhost::jxr {
 
 namespace {
 
-constexpr int kMostTiles = 4096;     // across, or down
-constexpr int kDeepIndex = 8 * 16;   // what makes a step 256 times as large
+constexpr int kMostTiles = 4096;    // across, or down
+constexpr int kDeepIndex = 8 * 16;  // what makes a step 256 times as large
 constexpr int kMostTrim = 15;
 
 void check(int value, int least, int most, const char* what) {

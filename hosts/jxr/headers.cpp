@@ -136,8 +136,8 @@ ImageHeader readImageHeader(BitReader& from) {
     for (int tile = columns * rows; tile > 0; --tile) from.take(8);
   }
   if (windowing) {
-    for (int* const margin : {&header.marginTop, &header.marginLeft, &header.marginBottom,
-                              &header.marginRight}) {
+    for (int* const margin :
+         {&header.marginTop, &header.marginLeft, &header.marginBottom, &header.marginRight}) {
       *margin = static_cast<int>(from.take(6));
     }
   } else {
@@ -227,8 +227,8 @@ void writePlaneHeader(const PlaneHeader& header, Depth depth, BitWriter& to) {
   to.put(static_cast<uint32_t>(header.bands), 4);
   if (hasChroma(header.format)) to.put(0, 8);
   if (hasShift(depth)) to.put(static_cast<uint32_t>(header.shift), 8);
-  // A quantiser is written even where a flag would do for that of the band before: there are decoders
-  // that refuse such a flag in both bands.
+  // A quantiser is written even where a flag would do for that of the band before: there are
+  // decoders that refuse such a flag in both bands.
   for (int band = kDc; band < std::min<int>(bandsOf(header.bands), kFlexbits); ++band) {
     if (band != kDc) to.put(0, 1);
     to.put(1, 1);

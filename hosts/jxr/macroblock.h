@@ -37,8 +37,7 @@ class Macroblocks {
 
   // Of the macroblock at a place within a tile.
   Neighbours around(const Tile& tile, int x, int y) const {
-    const Macroblock* const self =
-        &all_[static_cast<size_t>(tile.top + y) * wide_ + tile.left + x];
+    const Macroblock* const self = &all_[static_cast<size_t>(tile.top + y) * wide_ + tile.left + x];
     return {x > 0 ? self - 1 : nullptr, y > 0 ? self - wide_ : nullptr,
             x > 0 && y > 0 ? self - wide_ - 1 : nullptr};
   }

@@ -80,8 +80,8 @@ struct Kind {
   uint8_t sets[4];
   int bits;  // that choose one
 };
-constexpr Kind kLumaKinds[kKinds] = {
-    {{0}, 0}, {{1, 2, 4, 8}, 2}, {{3, 12}, 1}, {{5, 6, 9, 10}, 2}, {{7, 11, 13, 14}, 2}, {{15}, 0}};
+constexpr Kind kLumaKinds[kKinds] = {{{0}, 0},           {{1, 2, 4, 8}, 2},    {{3, 12}, 1},
+                                     {{5, 6, 9, 10}, 2}, {{7, 11, 13, 14}, 2}, {{15}, 0}};
 
 struct Choice {
   int kind;

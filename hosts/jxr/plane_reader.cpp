@@ -82,14 +82,13 @@ void PlaneReader::read(int x, int y, TileInput& input) {
   Macroblock& block = macroblocks_.at(tile_.left + x, tile_.top + y);
   block = {};
   const auto readLowPassNumber = [&] {
-    block.lowPassNumber = static_cast<uint8_t>(
-        readQuantiserNumber(quantisers_[kLowPass], *input.of[kLowPass]));
+    block.lowPassNumber =
+        static_cast<uint8_t>(readQuantiserNumber(quantisers_[kLowPass], *input.of[kLowPass]));
   };
   const auto readHighPassNumber = [&] {
-    block.highPassNumber =
-        highPassFollows_ ? block.lowPassNumber
-                         : static_cast<uint8_t>(readQuantiserNumber(quantisers_[kHighPass],
-                                                                    *input.of[kHighPass]));
+    block.highPassNumber = highPassFollows_ ? block.lowPassNumber
+                                            : static_cast<uint8_t>(readQuantiserNumber(
+                                                  quantisers_[kHighPass], *input.of[kHighPass]));
   };
   const bool hasLowPass = bandsOf(header_.bands) > kLowPass;
   const bool hasHighPass = bandsOf(header_.bands) > kHighPass;
@@ -262,9 +261,8 @@ void PlaneReader::placeDcs(int x, int y, Macroblock& block) {
 }
 
 Rows<int32_t> PlaneReader::samplesOf(int x, int y, int channel) {
-  return planes_[channel].rows().from(
-      (tile_.left + x) * blocksWide(header_.format, channel) * 4,
-      (tile_.top + y) * blocksHigh(header_.format, channel) * 4);
+  return planes_[channel].rows().from((tile_.left + x) * blocksWide(header_.format, channel) * 4,
+                                      (tile_.top + y) * blocksHigh(header_.format, channel) * 4);
 }
 
 int32_t PlaneReader::stepFor(Band band, int number, int channel) const {

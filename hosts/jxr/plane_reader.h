@@ -27,8 +27,8 @@ class PlaneReader {
   // Quantisers that the plane's header leaves to the tile.
   void readTileHeader(Band band, BitReader& from);
 
-  // The macroblock at a place of the tile, in the order of rows: to coefficients in their places, the
-  // DCs of blocks among them.
+  // The macroblock at a place of the tile, in the order of rows: to coefficients in their places,
+  // the DCs of blocks among them.
   void read(int x, int y, TileInput& input);
 
  private:

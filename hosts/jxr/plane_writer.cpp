@@ -243,8 +243,8 @@ int PlaneWriter::writeBlock(int channel, bool isCoded, const int32_t* levels,
   }
   if (hasFlexbits) {
     output.to[kFlexbits]->encode([&](auto... writer) {
-      legacy90orbiFLCEncode4x4_JPEGXR_32s1u_C1R(levels, kStepBytes, residual, writer..., bits - trim,
-                                                trim, isCoded ? 1 : 0);
+      legacy90orbiFLCEncode4x4_JPEGXR_32s1u_C1R(levels, kStepBytes, residual, writer...,
+                                                bits - trim, trim, isCoded ? 1 : 0);
     });
   }
   return count;

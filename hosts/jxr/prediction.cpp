@@ -75,8 +75,7 @@ void predict(ColourFormat format, int channels, const Neighbours& neighbours, Ma
   const Macroblock* const source = direction == Direction::kTop    ? neighbours.top
                                    : direction == Direction::kLeft ? neighbours.left
                                                                    : nullptr;
-  const bool isSameNumber =
-      source != nullptr && source->lowPassNumber == block.lowPassNumber;
+  const bool isSameNumber = source != nullptr && source->lowPassNumber == block.lowPassNumber;
   for (int c = 0; c < channels; ++c) {
     int32_t dc = 0;
     if (source != nullptr) {

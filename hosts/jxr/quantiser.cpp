@@ -31,9 +31,7 @@ void writeQuantiser(const Quantiser& quantiser, int channels, BitWriter& to) {
     return std::all_of(quantiser.begin() + first, quantiser.begin() + channels,
                        [&](uint8_t index) { return index == quantiser[first]; });
   };
-  const ChannelMode mode = allEqualFrom(0)   ? kOneForAll
-                           : allEqualFrom(1) ? kLumaAndOthers
-                                             : kEach;
+  const ChannelMode mode = allEqualFrom(0) ? kOneForAll : allEqualFrom(1) ? kLumaAndOthers : kEach;
   if (channels > 1) to.put(mode, 2);
   const int count = mode == kOneForAll ? 1 : mode == kLumaAndOthers ? 2 : channels;
   for (int c = 0; c < count; ++c) to.put(quantiser[c], 8);

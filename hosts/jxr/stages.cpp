@@ -60,16 +60,16 @@ void checkOverlap(const ImageHeader& image, ColourFormat format) {
 void forwardFirstStage(const ImageHeader& image, ColourFormat format, int channel, Plane& plane) {
   filterSamples(Sense::kForward, image, format, channel, plane);
   legacy90orbiPCTFwd_JPEGXR_32s_C1IR(plane.rows().first,
-                                     static_cast<unsigned>(plane.rows().stepBytes()),
-                                     plane.width(), plane.height());
+                                     static_cast<unsigned>(plane.rows().stepBytes()), plane.width(),
+                                     plane.height());
   filterDcs(Sense::kForward, image, format, channel, plane);
 }
 
 void inverseFirstStage(const ImageHeader& image, ColourFormat format, int channel, Plane& plane) {
   filterDcs(Sense::kInverse, image, format, channel, plane);
   legacy90orbiPCTInv_JPEGXR_32s_C1IR(plane.rows().first,
-                                     static_cast<unsigned>(plane.rows().stepBytes()),
-                                     plane.width(), plane.height());
+                                     static_cast<unsigned>(plane.rows().stepBytes()), plane.width(),
+                                     plane.height());
   filterSamples(Sense::kInverse, image, format, channel, plane);
 }
 

@@ -16,8 +16,8 @@ using orbhost::Bytes;
 using orbhost::Error;
 using orbhost::Image;
 using orbhost::jxr::decodeJxr;
-using orbhost::jxr::EncodeOptions;
 using orbhost::jxr::encodeJxr;
+using orbhost::jxr::EncodeOptions;
 using orbhost::jxr::Subsampling;
 using orbtest::difference;
 using orbtest::draw;
@@ -51,8 +51,8 @@ TEST(JxrEncode, KeepsAllAtQuality100) {
       for (const Motif motif : {Motif::kGradient, Motif::kScene, Motif::kNoise, Motif::kEdges}) {
         for (int overlap = 0; overlap <= 2; ++overlap) {
           for (const bool frequencyOrder : {false, true}) {
-            SCOPED_TRACE(testing::Message() << maximum << ' ' << channels << ' ' << overlap << ' '
-                                            << frequencyOrder);
+            SCOPED_TRACE(testing::Message()
+                         << maximum << ' ' << channels << ' ' << overlap << ' ' << frequencyOrder);
             EncodeOptions options = lossless();
             options.overlap = overlap;
             options.frequencyOrder = frequencyOrder;
@@ -75,7 +75,9 @@ TEST(JxrEncode, IsDecodedAlikeAtEveryQuantiser) {
         options.overlap = index % 3;
         options.frequencyOrder = index % 2 == 1;
         const Image decoded = decodedAlike(image, options);
-        if (index == 0) EXPECT_EQ(difference(decoded, image).largest, 0);
+        if (index == 0) {
+          EXPECT_EQ(difference(decoded, image).largest, 0);
+        }
       }
     }
   }
@@ -114,7 +116,9 @@ TEST(JxrEncode, HalvedChroma) {
           options.quality = quality;
           options.frequencyOrder = overlap == 1;
           const Image decoded = decodedAlike(image, options);
-          if (quality == 100) EXPECT_GT(psnr(decoded, image), 33);
+          if (quality == 100) {
+            EXPECT_GT(psnr(decoded, image), 33);
+          }
         }
       }
     }
@@ -146,8 +150,8 @@ TEST(JxrEncode, TilesInBothOrders) {
   for (const auto& tile : tiles) {
     for (const bool frequencyOrder : {false, true}) {
       for (int overlap = 0; overlap <= 2; ++overlap) {
-        SCOPED_TRACE(testing::Message() << tile[0] << ' ' << tile[1] << ' ' << frequencyOrder << ' '
-                                        << overlap);
+        SCOPED_TRACE(testing::Message()
+                     << tile[0] << ' ' << tile[1] << ' ' << frequencyOrder << ' ' << overlap);
         EncodeOptions options = lossless();
         options.tileWidth = tile[0];
         options.tileHeight = tile[1];
@@ -173,7 +177,9 @@ TEST(JxrEncode, TrimmedFlexbits) {
         options.trim = trim;
         options.frequencyOrder = frequencyOrder;
         const Image decoded = decodedAlike(image, options);
-        if (trim == 0) EXPECT_EQ(difference(decoded, image).largest, 0);
+        if (trim == 0) {
+          EXPECT_EQ(difference(decoded, image).largest, 0);
+        }
         if (frequencyOrder) continue;
         const size_t size = encodeJxr(image, options).size();
         EXPECT_GE(size, lastSize);
@@ -186,10 +192,11 @@ TEST(JxrEncode, TrimmedFlexbits) {
 TEST(JxrEncode, InksComeBack) {
   for (const int maximum : {255, 65535}) {
     const Image image = draw(Motif::kScene, 50, 40, 4, maximum);
-    EXPECT_EQ(difference(decodeJxr(encodeJxr(image, lossless())), image).largest, 0);
+    expectLossless(image, lossless());
     EncodeOptions options;
     options.quality = 95;
-    EXPECT_GT(psnr(decodeJxr(encodeJxr(image, options)), image), 35);
+    options.frequencyOrder = true;
+    EXPECT_GT(psnr(decodedAlike(image, options), image), 35);
   }
 }
 
@@ -228,8 +235,7 @@ TEST(JxrEncode, SaysWhichOptionsDoNotDo) {
   options = {};
   options.subsampling = Subsampling::k422;
   options.overlap = 2;
-  EXPECT_EQ(refusal(options),
-            "both overlap filters with halved chroma take more than 16 columns");
+  EXPECT_EQ(refusal(options), "both overlap filters with halved chroma take more than 16 columns");
   options.overlap = 1;
   EXPECT_EQ(refusal(options), "");
 }

@@ -1,4 +1,6 @@
 // orb jxr encode, orb jxr decode.
+#include "tests/hosts/support/program.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -9,7 +11,6 @@
 #include "hosts/jxr/decode.h"
 #include "hosts/jxr/encode.h"
 #include "tests/hosts/support/pictures.h"
-#include "tests/hosts/support/program.h"
 
 namespace {
 
@@ -18,8 +19,8 @@ using orbhost::Image;
 using orbhost::ImageFormat;
 using orbhost::readFile;
 using orbhost::writeFile;
-using orbhost::jxr::EncodeOptions;
 using orbhost::jxr::encodeJxr;
+using orbhost::jxr::EncodeOptions;
 using orbhost::jxr::Subsampling;
 using orbtest::Directory;
 using orbtest::draw;

@@ -14,8 +14,13 @@ namespace orbtest {
 // A grey or RGB picture as a file.
 orbhost::Bytes jxrEncApp(const orbhost::Image& image, const std::vector<std::string>& options);
 
-// A file of a picture of this shape.
+// A file of a picture of this shape: grey, RGB or CMYK.
 orbhost::Image jxrDecApp(const orbhost::Bytes& file, const orbhost::Image& like);
+
+// An RGB picture of 8 bits with some transparency, which is left out again.
+orbhost::Bytes jxrEncAppTransparent(const orbhost::Image& image,
+                                    const std::vector<std::string>& options);
+orbhost::Image jxrDecAppTransparent(const orbhost::Bytes& file, const orbhost::Image& like);
 
 }  // namespace orbtest
 
