@@ -1,8 +1,8 @@
 #include "hosts/jxr/colour.h"
 
 #include <algorithm>
+#include <array>
 #include <type_traits>
-#include <utility>
 
 namespace orbhost::jxr {
 
@@ -23,8 +23,9 @@ struct Range {
 
   int32_t toValue(int32_t sample) const { return (sample >> shift) << fraction; }
   int32_t toSample(int32_t value) const {
-    const int64_t sample = int64_t{value >> fraction} << shift;
-    return static_cast<int32_t>(std::clamp<int64_t>(sample, 0, maximum));
+    // Limited twice, as the shift must not overflow.
+    const int32_t part = std::clamp(value >> fraction, 0, (maximum >> shift) + 1);
+    return std::min(part << shift, maximum);
   }
 
   int fraction;
@@ -34,30 +35,42 @@ struct Range {
   int32_t rounding;
 };
 
+// A row of each channel.
+using ChannelRows = std::array<int32_t*, kMostChannels>;
+
 // ---- From pixels
 
-// The values of a pixel in place of its samples.
-void toChannels(OutputFormat output, const Range& range, int32_t (&v)[kMostChannels]) {
+// Rows of inks or light, in place.
+void toChannels(OutputFormat output, const Range& range, const ChannelRows& rows, int width) {
+  int32_t* const v0 = rows[0];
+  int32_t* const v1 = rows[1];
+  int32_t* const v2 = rows[2];
+  int32_t* const v3 = rows[3];
+  const int32_t middle = range.middle;
   if (output == OutputFormat::kGrey) {
-    v[0] -= range.middle;
+    for (int x = 0; x < width; ++x) v0[x] -= middle;
   } else if (output == OutputFormat::kRgb) {
-    int32_t r = v[0], g = v[1], b = v[2];
-    b -= r;
-    r += ((b + 1) >> 1) - g;
-    g += r >> 1;
-    v[0] = g - range.middle;
-    v[1] = -r;
-    v[2] = b;
+    for (int x = 0; x < width; ++x) {
+      int32_t r = v0[x], g = v1[x], b = v2[x];
+      b -= r;
+      r += ((b + 1) >> 1) - g;
+      g += r >> 1;
+      v0[x] = g - middle;
+      v1[x] = -r;
+      v2[x] = b;
+    }
   } else {
-    int32_t c = v[0], m = v[1], y = v[2], k = v[3];
-    y -= c;
-    c += ((y + 1) >> 1) - m;
-    m += (c >> 1) - k;
-    k += (m + 1) >> 1;
-    v[0] = range.middle - m;
-    v[1] = c;
-    v[2] = -y;
-    v[3] = k;
+    for (int x = 0; x < width; ++x) {
+      int32_t c = v0[x], m = v1[x], y = v2[x], k = v3[x];
+      y -= c;
+      c += ((y + 1) >> 1) - m;
+      m += (c >> 1) - k;
+      k += (m + 1) >> 1;
+      v0[x] = middle - m;
+      v1[x] = c;
+      v2[x] = -y;
+      v3[x] = k;
+    }
   }
 }
 
@@ -118,55 +131,69 @@ void fillRow(const Plane& plane, ColourFormat format, int channel, int y, int wi
   row[width - 1] = row[width - 2];
 }
 
-// The samples of a pixel in place of its values.
-void toSamples(OutputFormat output, const Range& range, int32_t (&v)[kMostChannels]) {
-  const int32_t bias = range.middle + range.rounding;
+// Rows of values, in place.
+void toSamples(OutputFormat output, const Range& range, const ChannelRows& rows, int width) {
+  int32_t* const v0 = rows[0];
+  int32_t* const v1 = rows[1];
+  int32_t* const v2 = rows[2];
+  int32_t* const v3 = rows[3];
+  const int32_t middle = range.middle;
+  const int32_t rounding = range.rounding;
+  const int32_t bias = middle + rounding;
   if (output == OutputFormat::kGrey) {
-    v[0] += bias;
+    for (int x = 0; x < width; ++x) v0[x] += bias;
   } else if (output == OutputFormat::kRgb) {
-    int32_t r = -v[1], g = v[0] + bias, b = v[2];
-    g -= r >> 1;
-    r -= ((b + 1) >> 1) - g;
-    b += r;
-    v[0] = r;
-    v[1] = g;
-    v[2] = b;
+    for (int x = 0; x < width; ++x) {
+      int32_t r = -v1[x], g = v0[x] + bias, b = v2[x];
+      g -= r >> 1;
+      r -= ((b + 1) >> 1) - g;
+      b += r;
+      v0[x] = r;
+      v1[x] = g;
+      v2[x] = b;
+    }
   } else {
-    int32_t c = v[1], m = range.middle - v[0], y = -v[2], k = v[3] + range.rounding;
-    k -= (m + 1) >> 1;
-    m -= (c >> 1) - k;
-    c -= ((y + 1) >> 1) - m;
-    y += c;
-    v[0] = c;
-    v[1] = m;
-    v[2] = y;
-    v[3] = k;
+    for (int x = 0; x < width; ++x) {
+      int32_t c = v1[x], m = middle - v0[x], y = -v2[x], k = v3[x] + rounding;
+      k -= (m + 1) >> 1;
+      m -= (c >> 1) - k;
+      c -= ((y + 1) >> 1) - m;
+      y += c;
+      v0[x] = c;
+      v1[x] = m;
+      v2[x] = y;
+      v3[x] = k;
+    }
   }
-  for (int32_t& value : v) value = range.toSample(value);
 }
-
-template <class Row>
-using SampleOf = std::remove_reference_t<decltype(*std::declval<Row>())>;
 
 }  // namespace
 
 std::vector<Plane> planesFrom(const Image& image, const ImageHeader& header,
                               const PlaneHeader& plane) {
-  const int wide = header.macroblocksWide();
-  const int high = header.macroblocksHigh();
-  std::vector<Plane> planes = makePlanes(ColourFormat::k444, plane.channels, wide, high);
+  std::vector<Plane> planes = makePlanes(ColourFormat::k444, plane.channels,
+                                         header.macroblocksWide(), header.macroblocksHigh());
   const Range range(header, plane);
   const int channels = image.channels();
+  const int width = image.width();
+  const int widthOfAll = planes[0].width();
   for (int y = 0; y < planes[0].height(); ++y) {
-    image.withRow(std::min(y, image.height() - 1), [&](const auto* row) {
-      for (int x = 0; x < planes[0].width(); ++x) {
-        const auto* const pixel = row + std::min(x, image.width() - 1) * channels;
-        int32_t values[kMostChannels] = {};
-        for (int c = 0; c < channels; ++c) values[c] = range.toValue(pixel[c]);
-        toChannels(header.output, range, values);
-        for (int c = 0; c < channels; ++c) planes[c].rows().at(x, y) = values[c];
+    ChannelRows rows{};
+    for (int c = 0; c < channels; ++c) rows[c] = &planes[c].rows().at(0, y);
+    if (y >= image.height()) {
+      for (int c = 0; c < channels; ++c) std::copy_n(rows[c] - widthOfAll, widthOfAll, rows[c]);
+      continue;
+    }
+    image.withRow(y, [&](const auto* row) {
+      for (int c = 0; c < channels; ++c) {
+        int32_t* const to = rows[c];
+        for (int x = 0; x < width; ++x) to[x] = range.toValue(row[x * channels + c]);
       }
     });
+    toChannels(header.output, range, rows, width);
+    for (int c = 0; c < channels; ++c) {
+      std::fill(rows[c] + width, rows[c] + widthOfAll, rows[c][width - 1]);
+    }
   }
   for (int c = 1; c < plane.channels; ++c) {
     if (isHalvedAcross(plane.format, c)) planes[c] = halvedAcross(planes[c]);
@@ -182,21 +209,27 @@ Image imageFrom(const std::vector<Plane>& planes, const ImageHeader& header,
                        : header.output == OutputFormat::kRgb ? 3
                                                              : 4;
   Image image(header.width, header.height, channels, range.maximum);
-  const int width = planes[0].width();
-  std::vector<int32_t> rows(static_cast<size_t>(width) * kMostChannels);
+  const int width = image.width();
+  const int widthOfAll = planes[0].width();
+  std::vector<int32_t> values(static_cast<size_t>(widthOfAll) * kMostChannels);
   for (int y = 0; y < image.height(); ++y) {
-    for (int c = 0; c < plane.channels; ++c) {
-      fillRow(planes[c], plane.format, c, header.marginTop + y, width, &rows[c * width]);
+    ChannelRows rows;
+    for (int c = 0; c < kMostChannels; ++c) {
+      int32_t* const first = &values[static_cast<size_t>(widthOfAll) * c];
+      rows[c] = first + header.marginLeft;
+      if (c < plane.channels) {
+        fillRow(planes[c], plane.format, c, header.marginTop + y, widthOfAll, first);
+      } else {
+        std::fill_n(first, widthOfAll, 0);  // chroma that is not coded
+      }
     }
+    toSamples(header.output, range, rows, width);
     image.withRow(y, [&](auto* row) {
-      for (int x = 0; x < image.width(); ++x) {
-        int32_t values[kMostChannels];
-        for (int c = 0; c < kMostChannels; ++c) {
-          values[c] = rows[c * width + header.marginLeft + x];
-        }
-        toSamples(header.output, range, values);
-        for (int c = 0; c < channels; ++c) {
-          *row++ = static_cast<SampleOf<decltype(row)>>(values[c]);
+      using Sample = std::remove_reference_t<decltype(*row)>;
+      for (int c = 0; c < channels; ++c) {
+        const int32_t* const from = rows[c];
+        for (int x = 0; x < width; ++x) {
+          row[x * channels + c] = static_cast<Sample>(range.toSample(from[x]));
         }
       }
     });

@@ -198,11 +198,10 @@ void PlaneWriter::writeHighPass(int x, int y, const Neighbours& neighbours,
       const BlockPlace place = placeOf(header_.format, c, i);
       int32_t* const first = &levels[c][4 * place.y * kStep + 4 * place.x];
       *first = 0;  // the DC is not of this band
-      for (int k = 0; k < 16; ++k) {
-        if (magnitudeOf(first[k / 4 * kStep + k % 4]) >> bits != 0) {
-          block.pattern[c] = static_cast<uint16_t>(block.pattern[c] | 1u << i);
-        }
-      }
+      uint32_t bitsOfAll = 0;
+      for (int k = 0; k < 16; ++k) bitsOfAll |= magnitudeOf(first[k / 4 * kStep + k % 4]);
+      const bool isCoded = bitsOfAll >> bits != 0;
+      block.pattern[c] = static_cast<uint16_t>(block.pattern[c] | isCoded << i);
     }
   }
   writePatterns(header_.format, header_.channels, neighbours, models_, block,
