@@ -33,6 +33,7 @@ int main(int argc, char** argv) {
       "gzip and\ngunzip also know 2: a file was left as it is, or something behind its end was.");
   orbhost::addJpegCommand(program);
   orbhost::addJ2kCommand(program);
+  orbhost::addJxrCommand(program);
   orbhost::addGzipCommand(program);
   orbhost::addGunzipCommand(program);
   orbhost::addPackCommand(program);

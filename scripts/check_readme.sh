@@ -21,10 +21,10 @@ sed -n '/^```c$/,/^```$/p' README.md | sed '/^```/d' >"$work/example.c"
 # The mean of 0, 4, ... 252 is 126: 2 below the middle, times 8, divided by 16.
 grep -q '^DC -1, by orbJP ' "$work/said"
 
-# A line of the README's "orb jpeg" section comes with the files that those before it have made.
+# A line about "orb jpeg" or "orb jxr" comes with the files that those before it have made.
 orb=$build/orb
 [ -x "$orb" ] || exit 0
-grep '^    orb jpeg ' README.md >"$work/lines"
+grep -E '^    orb (jpeg|jxr) ' README.md >"$work/lines"
 scripts/draw_scene.awk >"$work/scene.ppm"
 cd "$work"
 "$orb" jpeg encode --lossless 1 scene.ppm scene.jpg

@@ -25,12 +25,14 @@ for set in "$@"; do
       packages="$packages libopencv-imgproc-dev"
       packages="$packages libeigen3-dev"
       packages="$packages libopenjp2-tools"
+      packages="$packages libjxr-tools"
       ;;
     bench)
       packages="$packages libbenchmark-dev libjpeg62-turbo-dev zlib1g-dev libdeflate-dev libisal-dev"
       packages="$packages libdivsufsort-dev"
       packages="$packages libopencv-imgproc-dev"
       packages="$packages libopenjp2-7-dev"
+      packages="$packages libjxr-dev"
       ;;
     i386) packages="$packages g++-multilib qemu-user" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
