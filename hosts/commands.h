@@ -6,6 +6,7 @@
 
 namespace orbhost {
 
+void addDvCommand(CLI::App& program);
 void addGzipCommand(CLI::App& program);
 void addGunzipCommand(CLI::App& program);
 void addJ2kCommand(CLI::App& program);

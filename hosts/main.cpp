@@ -27,6 +27,7 @@ int main(int argc, char** argv) {
       "Examples:\n"
       "  orb jpeg encode --quality 90 photo.png photo.jpg\n"
       "  orb jpeg decode photo.jpg photo.ppm\n"
+      "  orb dv decode tape.dv tape.y4m\n"
       "  orb gzip --keep report.txt\n"
       "  orb jpeg encode --help\n\n"
       "The exit status is 0 for success and 1 for any failure, which is explained in one line. "
@@ -34,6 +35,7 @@ int main(int argc, char** argv) {
   orbhost::addJpegCommand(program);
   orbhost::addJ2kCommand(program);
   orbhost::addJxrCommand(program);
+  orbhost::addDvCommand(program);
   orbhost::addGzipCommand(program);
   orbhost::addGunzipCommand(program);
   orbhost::addPackCommand(program);
