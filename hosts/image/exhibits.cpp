@@ -20,11 +20,11 @@ Corners leaning(const Image& sample) {
   const double w = sample.width() - 1, h = sample.height() - 1;
   return {{{0.22 * w, 0.12 * h}, {0.82 * w, 0.02 * h}, {0.97 * w, 0.93 * h}, {0.03 * w, 0.78 * h}}};
 }
-// The picture six times as large, with its middle where it was, turned a little.
+// The picture six times as large and turned a little, so that a place right of its middle is there.
 Corners enlarged(const Image& sample) {
   const double w = sample.width() - 1, h = sample.height() - 1;
   const auto corner = [=](double x, double y) {
-    const double dx = (x - 0.5) * w, dy = (y - 0.5) * h;
+    const double dx = (x - 0.72) * w, dy = (y - 0.6) * h;
     return Point{w / 2 + 5.8 * dx + 1.5 * dy, h / 2 - 1.5 * dx + 5.8 * dy};
   };
   return {{corner(0, 0), corner(1, 0), corner(1, 1), corner(0, 1)}};
