@@ -10,6 +10,7 @@ void addDvCommand(CLI::App& program);
 void addGzipCommand(CLI::App& program);
 void addGunzipCommand(CLI::App& program);
 void addJ2kCommand(CLI::App& program);
+void addImageCommand(CLI::App& program);
 void addJpegCommand(CLI::App& program);
 void addJxrCommand(CLI::App& program);
 void addPackCommand(CLI::App& program);

@@ -16,7 +16,10 @@ fi
 packages=
 for set in "$@"; do
   case $set in
-    build) packages="$packages g++ cmake ninja-build libcli11-dev libpng-dev" ;;
+    build)
+      packages="$packages g++ cmake ninja-build libcli11-dev libpng-dev"
+      packages="$packages libfreetype-dev fonts-dejavu-core"
+      ;;
     test)
       packages="$packages googletest binutils pkg-config"
       packages="$packages libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
