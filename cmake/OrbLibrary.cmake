@@ -11,6 +11,7 @@ set(ORB_FRAME_SOURCES
     frame/memory.cpp
     frame/stubs.S
     frame/version.cpp
+    image/tables/lanczos.cpp
     jpeg/tables/color.cpp
     jpeg/tables/huffman.cpp
     jpeg/tables/zigzag.cpp
@@ -30,6 +31,8 @@ set(ORB_ENTRY_SOURCES
     compress/lz77_state.cpp
     compress/move_to_front.cpp
     compress/run_length.cpp
+    image/resize.cpp
+    image/resize_yuv422.cpp
     jpeg/color.cpp
     jpeg/dct.cpp
     jpeg/huffman_lossless.cpp
