@@ -33,6 +33,10 @@ set(ORB_ENTRY_SOURCES
     compress/run_length.cpp
     image/resize.cpp
     image/resize_yuv422.cpp
+    image/filter.cpp
+    image/morphology.cpp
+    image/rotate.cpp
+    image/warp.cpp
     jpeg/color.cpp
     jpeg/dct.cpp
     jpeg/huffman_lossless.cpp

@@ -61,7 +61,7 @@ static int64_t down(int64_t value, int64_t multiple) {
 }
 
 [[gnu::noinline]] static int64_t reachOf(Orb32s method, Orb32s from, Orb32s to) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   const Orb64f ratio = static_cast<Orb64f>(from) / to;
   const Orb64f reach = plain::kernelReach(method) * (ratio >= 1 ? ratio : 1);
   return static_cast<int64_t>(-__builtin_floor(-reach));
@@ -130,7 +130,7 @@ struct Stretch {
 // The count is 0 if nothing is written.
 [[gnu::noinline]] static Axis axisOf(Orb32s size, Stretch src, Stretch dst, Orb64f factor,
                                      Orb64f shift, bool wholePixels) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   const Orb32s length = limit(src.length, 1, size - src.from);
   const Orb64f dstFrom = dst.from;
   const Orb64f dstTo = dstFrom + dst.length;

@@ -20,7 +20,7 @@ struct BoxAxis {
 };
 
 [[gnu::noinline]] inline BoxAxis boxAxisOf(const Axis& axis) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   return {axis.size, axis.count, static_cast<Orb64f>(axis.first) * axis.scale + axis.shift,
           axis.scale};
 }
@@ -55,7 +55,7 @@ inline BoxAxis rounded(const BoxAxis& axis) {
 }
 
 [[gnu::noinline]] inline BoxAxes boxAxesOf(const BoxAxis& x, const BoxAxis& y) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   const bool areWhole = isWhole(x) && isWhole(y) && x.side * y.side < 0x7FFFFFFF / 255;
   if (areWhole) return {rounded(x), rounded(y), true};
   return {x, y, false};
@@ -81,7 +81,7 @@ inline Orb32s longestStretch(const BoxAxis& x, int channels, int64_t room) {
 }
 
 [[gnu::noinline]] inline void placeStretch(const BoxAxis& x, BoxStretch& stretch) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   const int64_t first = boundaryOf(x, stretch.from).whole;
   for (Orb32s i = 0; i <= stretch.count; ++i) {
     const FarBoundary boundary = boundaryOf(x, stretch.from + i);
@@ -106,7 +106,7 @@ struct BoxRows {
 };
 
 [[gnu::noinline]] inline BoxRows boxRowsOf(const BoxAxis& y, Orb32s i) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   const FarBoundary top = boundaryOf(y, i);
   const FarBoundary bottom = boundaryOf(y, i + 1);
   return {top.whole, bottom.whole, static_cast<Orb32f>(1 - top.part),
@@ -130,7 +130,7 @@ inline void sumRows(const Source& src, Orb32s height, const BoxRows& rows, Sum* 
 template <int kChannels, class Sum>
 [[gnu::noinline]] void sumBoxes(const Source& source, Orb32s height, const BoxRows& rows,
                                 const BoxStretch& stretch, Sum* sums) {
-  const FloatPrecision precision(Precision::kSingle);
+  const SinglePrecision precision;
   const ptrdiff_t place = static_cast<ptrdiff_t>(stretch.place) * kChannels;
   const ptrdiff_t samples = static_cast<ptrdiff_t>(stretch.sourceCount) * kChannels;
   const ptrdiff_t all = static_cast<ptrdiff_t>(stretch.sums) * kChannels;
@@ -143,7 +143,7 @@ template <int kChannels, class Sum>
 
 template <class Sum>
 [[gnu::noinline]] void meansOf(const Sum* sums, Orb64f scale, Orb8u* dst, ptrdiff_t samples) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   kernel::orbMeans(sums, scale, dst, samples);
 }
 
@@ -169,7 +169,7 @@ inline Orb64f shareOf(Orb32s i, Orb32s size, Orb64f from, Orb64f to) {
 template <int kChannels>
 [[gnu::noinline]] void resizeBox(const Source& source, const BoxAxes& axes, Orb64f scale, Orb32s x,
                                  Orb32s y, Orb8u* dst) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   const auto placeOf = [](const BoxAxis& axis, Orb32s i) { return axis.first + i * axis.side; };
   const auto sampleAt = [](const BoxAxis& axis, Orb64f place) {
     return static_cast<Orb32s>(within(place, 0, axis.size - 1));

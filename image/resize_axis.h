@@ -4,7 +4,7 @@
 
 #include "frame/arith.h"
 #include "frame/memory_access.h"
-#include "frame/x87.h"
+#include "frame/precision.h"
 
 namespace orb::ORB_BUILD {
 

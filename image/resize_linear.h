@@ -21,7 +21,7 @@ struct LinearAxis {
 };
 
 [[gnu::noinline]] inline LinearAxis linearAxisOf(const Axis& axis, Scratch& scratch) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   LinearAxis linear = {
       scratch.take<Orb32s>(axis.count), scratch.take<LinearWeights>(axis.count), {}};
   for (Orb32s i = 0; i < axis.count; ++i) {

@@ -11,7 +11,7 @@ inline Orb32s nearestOf(const Axis& axis, Orb32s i) {
 }
 
 [[gnu::noinline]] inline void findNearest(const Axis& axis, Orb32s* nearest) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   for (Orb32s i = 0; i < axis.count; ++i) nearest[i] = nearestOf(axis, i);
 }
 

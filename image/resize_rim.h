@@ -33,7 +33,7 @@ inline void rimPixel(bool blends, Orb64f coverage, const Orb8u* inside, Orb8u* p
 
 [[gnu::noinline]] inline void drawRim(const Target& target, const Axis& x, const Axis& y,
                                       bool blends, int channels) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   const Rim columns = rimOf(x);
   const Rim rows = rimOf(y);
   const auto pixelAt = [&](Orb32s column, Orb32s row) {

@@ -2,8 +2,8 @@
 #ifndef ORB_IMAGE_RESIZE_TAPS_H
 #define ORB_IMAGE_RESIZE_TAPS_H
 
-#include "image/px/interpolation.h"
 #include "image/px/resize_taps.h"
+#include "image/px/sample_weights.h"
 #include "image/resize_axis.h"
 
 namespace orb::ORB_BUILD {
@@ -43,7 +43,7 @@ inline void newtonFactorsOf(Orb64f part, Orb64f* factors) {
 template <class Method>
 [[gnu::noinline]] TapsAxis tapsAxisOf(const Axis& axis, Orb32s method, Scratch& scratch) {
   constexpr int kTaps = Method::kTaps;
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   TapsAxis taps = {};
   taps.whole = scratch.take<Orb32s>(axis.count);
   for (int k = 0; k < kTaps; ++k) taps.weights[k] = scratch.take<Orb32f>(axis.count);
@@ -86,7 +86,7 @@ inline void borderAcross(const Orb8u* src, const Axis& x, const TapsAxis& column
 template <class Method, int kChannels>
 [[gnu::noinline]] void tapsAcross(const Orb8u* src, const Axis& x, const TapsAxis& columns,
                                   Orb32f* dst) {
-  const FloatPrecision precision(Precision::kSingle);
+  const SinglePrecision precision;
   const Inner inner = columns.inner;
   const Orb32f* weights[Method::kTaps];
   for (int k = 0; k < Method::kTaps; ++k) weights[k] = columns.weights[k] + inner.from;
@@ -100,7 +100,7 @@ template <class Method, int kChannels>
 template <class Method>
 [[gnu::noinline]] void tapsDown(const Orb32f* const* rows, const Orb32f* weights, bool isInner,
                                 Orb8u* dst, ptrdiff_t samples) {
-  const FloatPrecision precision(Precision::kSingle);
+  const SinglePrecision precision;
   if (isInner) {
     kernel::orbTapsDown<Method>(rows, weights, dst, samples);
   } else {

@@ -2,8 +2,8 @@
 #ifndef ORB_IMAGE_RESIZE_WIDE_H
 #define ORB_IMAGE_RESIZE_WIDE_H
 
-#include "image/px/interpolation.h"
 #include "image/px/resize_wide.h"
+#include "image/px/sample_weights.h"
 #include "image/resize_axis.h"
 #include "image/resize_taps.h"
 
@@ -22,7 +22,7 @@ struct WideKernel {
 };
 
 [[gnu::noinline]] inline WideKernel wideKernelOf(Orb32s method, Orb64f scale) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   const Orb32s reach = plain::kernelReach(method);
   if (!(scale >= 1)) return {method, static_cast<Orb64f>(reach), 1};
   const Orb64f widened = within(scale, 1, kWidest);
@@ -90,7 +90,7 @@ inline Orb32s longestSpan(const Axis& axis, const WideKernel& kernel) {
 
 [[gnu::noinline]] inline void findTaps(const Axis& axis, const WideKernel& kernel, Orb32s from,
                                        Orb32s count, const WideTaps& taps) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   for (Orb32s i = 0; i < count; ++i) {
     const Span span = spanOf(axis, kernel, from + i);
     taps.first[i] = span.first;
@@ -102,19 +102,19 @@ inline Orb32s longestSpan(const Axis& axis, const WideKernel& kernel) {
 template <int kChannels>
 [[gnu::noinline]] void wideAcross(const Orb8u* src, const WideTaps& taps, Orb32f* dst,
                                   const Axis& x) {
-  const FloatPrecision precision(Precision::kSingle);
+  const SinglePrecision precision;
   kernel::orbWideAcross<kChannels>(src, taps, dst, x.count, x.size);
 }
 
 [[gnu::noinline]] inline void wideDown(const RowRing& ring, Orb32s first, Orb32s count,
                                        const Orb32f* weights, bool isFirst, Orb32f* sums,
                                        ptrdiff_t samples) {
-  const FloatPrecision precision(Precision::kSingle);
+  const SinglePrecision precision;
   kernel::orbWideDown(ring, first, count, weights, isFirst, sums, samples);
 }
 
 [[gnu::noinline]] inline void wideBytes(const Orb32f* sums, Orb8u* dst, ptrdiff_t samples) {
-  const FloatPrecision precision(Precision::kSingle);
+  const SinglePrecision precision;
   kernel::orbWideBytes(sums, dst, samples);
 }
 
@@ -170,7 +170,7 @@ template <int kChannels>
 [[gnu::noinline]] void resizePixelByPixel(const Source& source, const Target& target, const Axis& x,
                                           const WideKernel& xKernel, const Axis& y,
                                           const WideKernel& yKernel) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   for (Orb32s j = 0; j < x.count; ++j) {
     const WeighedSpan column = weighedSpanOf(x, xKernel, j);
     for (Orb32s i = 0; i < y.count; ++i) {

@@ -48,7 +48,7 @@ struct Layout {
 [[gnu::noinline]] static Layout layoutOf(OrbiSize size, Orb32s x, Orb32s y, Orb32s width,
                                          Orb32s height, OrbiSize room, Orb64f xFactor,
                                          Orb64f yFactor) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   const Orb64f resizedWidth = width * xFactor;
   const Orb64f resizedHeight = height * yFactor;
   const Orb32s pairs = linesOf(resizedWidth, room.width, 2) / 2;
@@ -133,7 +133,7 @@ struct Taps {
 template <class Method>
 [[gnu::noinline]] static void findTaps(const Samples& samples, Orb32s from, Orb32s count,
                                        Orb32s distance, Taps<Method>* taps) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   for (Orb32s i = 0; i < count; ++i) {
     Place place = placeOf(samples, from + i);
     taps[i].weights = Method::weightsOf(place, samples);
@@ -148,7 +148,7 @@ template <class Method>
 [[gnu::noinline]] static void pairsAcross(const Orb8u* src, const Taps<Method>* luma,
                                           const Taps<Method>* chroma, ptrdiff_t pairs,
                                           typename Method::Value* dst) {
-  const FloatPrecision precision(Precision::kSingle);
+  const SinglePrecision precision;
   const auto sample = [](const Orb8u* first, const Taps<Method>& taps) {
     return Method::across(first, taps.offsets, taps.weights);
   };
@@ -164,7 +164,7 @@ template <class Method>
 [[gnu::noinline]] static void pairsDown(const typename Method::Value* const* rows,
                                         const typename Method::Weights& weights, Orb8u* dst,
                                         ptrdiff_t pairs) {
-  const FloatPrecision precision(Precision::kSingle);
+  const SinglePrecision precision;
   Method::down(rows, weights, dst, 4 * pairs);
 }
 
@@ -246,7 +246,7 @@ static void sumsOfBoxes(const Orb32f* sums, ptrdiff_t first, ptrdiff_t distance,
                                        ptrdiff_t samples, ptrdiff_t reach, const BoxBoundary* luma,
                                        const BoxBoundary* chroma, ptrdiff_t pairs, Orb32f* sums,
                                        Orb32f* dst) {
-  const FloatPrecision precision(Precision::kSingle);
+  const SinglePrecision precision;
   sumRows(source, height, rows, sums, samples);
   for (ptrdiff_t i = samples; i < reach; ++i) sums[i] = sums[i % 2 == 0 ? i - 2 : i - 4];
   sumsOfBoxes(sums, 0, 2, luma, 2 * pairs, dst);
@@ -269,7 +269,7 @@ static int64_t endOf(const BoxAxis& axis) {
 
 [[gnu::noinline]] static PairBoxes pairBoxesOf(const Layout& layout, Orb64f xFactor,
                                                Orb64f yFactor) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   const Orb64f width = 1 / xFactor;
   const BoxAxis luma = {layout.luma.last + 1, layout.luma.count, 0, width};
   const BoxAxis chroma = {layout.chroma.last + 1, layout.chroma.count, 0, width};
@@ -283,7 +283,7 @@ static int64_t endOf(const BoxAxis& axis) {
 }
 
 [[gnu::noinline]] static void findBoundaries(const BoxAxis& axis, BoxBoundary* boundaries) {
-  const FloatPrecision precision(Precision::kDouble);
+  const DoublePrecision precision;
   for (Orb32s i = 0; i <= axis.count; ++i) {
     const FarBoundary boundary = boundaryOf(axis, i);
     boundaries[i] = {static_cast<Orb32s>(boundary.whole), static_cast<Orb32f>(boundary.part)};
