@@ -6,6 +6,9 @@
 
 #include "image/px/resize_area.h"
 #include "image/resize_axis.h"
+#if ORB_SIMD
+#include "image/simd/resize_area.h"
+#endif
 
 namespace orb::ORB_BUILD {
 

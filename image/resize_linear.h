@@ -4,6 +4,9 @@
 
 #include "image/px/resize_linear.h"
 #include "image/resize_axis.h"
+#if ORB_SIMD
+#include "image/simd/resize_linear.h"
+#endif
 
 namespace orb::ORB_BUILD {
 

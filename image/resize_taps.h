@@ -5,6 +5,9 @@
 #include "image/px/resize_taps.h"
 #include "image/px/sample_weights.h"
 #include "image/resize_axis.h"
+#if ORB_SIMD
+#include "image/simd/resize_taps.h"
+#endif
 
 namespace orb::ORB_BUILD {
 

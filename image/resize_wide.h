@@ -31,7 +31,7 @@ struct WideKernel {
 
 // The samples under a kernel that stands at `middle`, from `from` to `to`. Those outside of the
 // image are its border's, so that their weights are added to those of `first` and `last`.
-struct Span {
+struct KernelSpan {
   Orb64f middle;
   int64_t from;
   int64_t to;
@@ -43,7 +43,7 @@ inline int64_t awayFromZero(Orb64f value) {
   return static_cast<int64_t>(value < 0 ? __builtin_floor(value) : -__builtin_floor(-value));
 }
 
-inline Span spanOf(const Axis& axis, const WideKernel& kernel, Orb32s i) {
+inline KernelSpan spanOf(const Axis& axis, const WideKernel& kernel, Orb32s i) {
   const Orb64f outside = kernel.reach + 1;
   const Orb64f middle = within(middleOf(axis, i), -outside, axis.size + outside);
   const int64_t from = awayFromZero(middle - kernel.reach);
@@ -53,13 +53,13 @@ inline Span spanOf(const Axis& axis, const WideKernel& kernel, Orb32s i) {
           static_cast<Orb32s>(limit<int64_t>(to, first, axis.size - 1))};
 }
 
-inline Orb64f weightAt(const WideKernel& kernel, const Span& span, int64_t sample) {
+inline Orb64f weightAt(const WideKernel& kernel, const KernelSpan& span, int64_t sample) {
   const Orb64f distance = __builtin_fabs(span.middle - static_cast<Orb64f>(sample));
   const Orb64f weight = plain::kernelWeight(kernel.method, distance * kernel.narrow);
   return static_cast<Orb32f>(weight * kernel.narrow);
 }
 
-inline Orb64f weightOf(const WideKernel& kernel, const Span& span, Orb32s sample) {
+inline Orb64f weightOf(const WideKernel& kernel, const KernelSpan& span, Orb32s sample) {
   Orb64f weight = weightAt(kernel, span, sample);
   if (sample == span.first) {
     for (int64_t i = span.from; i < sample; ++i) weight += weightAt(kernel, span, i);
@@ -71,7 +71,7 @@ inline Orb64f weightOf(const WideKernel& kernel, const Span& span, Orb32s sample
 }
 
 // The weights of a span, divided by their sum.
-inline void weightsOf(const WideKernel& kernel, const Span& span, Orb32f* weights) {
+inline void weightsOf(const WideKernel& kernel, const KernelSpan& span, Orb32f* weights) {
   const ptrdiff_t count = span.last - span.first + 1;
   Orb64f sum = 0;
   for (ptrdiff_t k = 0; k < count; ++k) {
@@ -92,7 +92,7 @@ inline Orb32s longestSpan(const Axis& axis, const WideKernel& kernel) {
                                        Orb32s count, const WideTaps& taps) {
   const DoublePrecision precision;
   for (Orb32s i = 0; i < count; ++i) {
-    const Span span = spanOf(axis, kernel, from + i);
+    const KernelSpan span = spanOf(axis, kernel, from + i);
     taps.first[i] = span.first;
     taps.count[i] = span.last - span.first + 1;
     weightsOf(kernel, span, taps.weights + static_cast<ptrdiff_t>(i) * taps.stride);
@@ -125,7 +125,7 @@ constexpr Orb32s kFewWeights = 256;
 
 struct WeighedSpan {
   WideKernel kernel;
-  Span span;
+  KernelSpan span;
   Orb64f sum;
 
   Orb32s hold(Orb32s first, Orb64f* weights) const {
