@@ -12,6 +12,7 @@ set(ORB_FRAME_SOURCES
     frame/memory.cpp
     frame/stubs.S
     frame/version.cpp
+    image/tables/lanczos.cpp
     jpeg/tables/color.cpp
     jpeg/tables/huffman.cpp
     jpeg/tables/zigzag.cpp
@@ -37,6 +38,8 @@ set(ORB_ENTRY_SOURCES
     dv/macroblock.cpp
     dv/segment.cpp
     dv/transform.cpp
+    image/resize.cpp
+    image/resize_yuv422.cpp
     image/filter.cpp
     image/morphology.cpp
     image/rotate.cpp

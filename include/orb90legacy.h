@@ -27,6 +27,7 @@
 #include "orb90legacy/compress.h"
 #include "orb90legacy/dv.h"
 #include "orb90legacy/image.h"
+#include "orb90legacy/image_resize.h"
 #include "orb90legacy/jpeg.h"
 #include "orb90legacy/jpeg2k.h"
 #include "orb90legacy/jpegxr.h"
