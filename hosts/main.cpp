@@ -36,6 +36,9 @@ int main(int argc, char** argv) {
   orbhost::addGunzipCommand(program);
   orbhost::addPackCommand(program);
   orbhost::addUnpackCommand(program);
+  orbhost::addTiffCommand(program);
+  orbhost::addWavCommand(program);
+  orbhost::addYuvCommand(program);
 
   try {
     program.parse(argc, argv);

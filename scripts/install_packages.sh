@@ -16,16 +16,17 @@ fi
 packages=
 for set in "$@"; do
   case $set in
-    build) packages="$packages g++ cmake ninja-build libcli11-dev libpng-dev" ;;
+    build) packages="$packages g++ cmake ninja-build libcli11-dev libpng-dev libsndfile1-dev" ;;
     test)
       packages="$packages googletest binutils libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
       packages="$packages zlib1g-dev libdeflate-dev libzopfli-dev pigz zopfli libdeflate-tools"
       packages="$packages libdivsufsort-dev bzip2"
-      packages="$packages libeigen3-dev"
+      packages="$packages libeigen3-dev libtiff-tools libtiff-dev sox"
       ;;
     bench)
       packages="$packages libbenchmark-dev libjpeg62-turbo-dev zlib1g-dev libdeflate-dev libisal-dev"
       packages="$packages libdivsufsort-dev"
+      packages="$packages libeigen3-dev libtiff-dev libyuv-dev"
       ;;
     i386) packages="$packages g++-multilib" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
