@@ -69,6 +69,18 @@ for colour in cmyk ycck; do
   same out.ppm decode inks.jpg out.ppm
 done
 
+for picture in scene deep; do
+  compare out.tif tiff pack ../$picture.ppm out.tif
+  compare out.pnm tiff unpack out.tif out.pnm
+done
+for pixels in bgr555 bgr565; do
+  compare out.yuv yuv encode --layout i422 --pixels $pixels ../scene.ppm out.yuv
+  for layout in i420 yv12 yuyv; do
+    compare out.yuv yuv encode --layout $layout --pixels $pixels ../scene.ppm out.yuv
+    compare out.bmp yuv decode --layout $layout --pixels $pixels --size 1024x512 out.yuv out.bmp
+  done
+done
+
 cat hosts/*.cpp hosts/*/*.cpp >"$work/text"
 for file in text scene.ppm; do
   for level in fast chain lazy; do

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "hosts/commands.h"
+#include "hosts/error.h"
 #include "hosts/file.h"
 #include "hosts/image_file.h"
 #include "hosts/tiff/tiff_file.h"

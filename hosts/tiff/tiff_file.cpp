@@ -244,7 +244,7 @@ Directory readDirectory(ByteView file) {
   d.bigEndian = reader.bigEndian();
   const uint32_t first = reader.number(4, 4);
   const uint32_t entries = reader.number(first, 2);
-  reader.part(first, 2 + uint64_t{kEntrySize} * entries);
+  reader.part(first, 2 + uint64_t{kEntrySize} * entries + 4);  // with the place of the next one
   for (uint32_t i = 0; i < entries; ++i) {
     const uint32_t entry = first + 2 + i * kEntrySize;
     const auto one = [&] {

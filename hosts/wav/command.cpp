@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "hosts/commands.h"
+#include "hosts/error.h"
 #include "hosts/file.h"
 #include "hosts/wav/channels.h"
 

@@ -6,6 +6,7 @@
 
 #include "hosts/bmp_file.h"
 #include "hosts/commands.h"
+#include "hosts/error.h"
 #include "hosts/file.h"
 #include "hosts/image_file.h"
 #include "hosts/yuv/video.h"

@@ -40,7 +40,8 @@ Sound makeSound(SampleFormat format, int channels, size_t length) {
                           static_cast<double>(length * static_cast<size_t>(channels));
     uint32_t code = 0;
     if (format == SampleFormat::kFloat) {
-      const float value = static_cast<float>(sample);
+      // Of 16 bits: SoX has 32 for a sample, and of floats keeps fewer than they have.
+      const float value = static_cast<float>(std::lround(sample * 32767)) / 32768;
       std::memcpy(&code, &value, sizeof code);
     } else {
       const int half = format == SampleFormat::k16 ? 32767 : 8388607;
