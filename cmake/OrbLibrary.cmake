@@ -38,10 +38,10 @@ set(ORB_ENTRY_SOURCES
     dv/macroblock.cpp
     dv/segment.cpp
     dv/transform.cpp
-    image/resize.cpp
-    image/resize_yuv422.cpp
     image/filter.cpp
     image/morphology.cpp
+    image/resize.cpp
+    image/resize_yuv422.cpp
     image/rotate.cpp
     image/warp.cpp
     jpeg/color.cpp

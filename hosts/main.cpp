@@ -42,6 +42,9 @@ int main(int argc, char** argv) {
   orbhost::addPackCommand(program);
   orbhost::addUnpackCommand(program);
   orbhost::addImageCommand(program);
+  orbhost::addTiffCommand(program);
+  orbhost::addWavCommand(program);
+  orbhost::addYuvCommand(program);
 
   try {
     program.parse(argc, argv);

@@ -85,6 +85,17 @@ for subsampling in 444 422 420; do
 done
 compare inks.jxr jxr encode ../inks.pam inks.jxr
 compare out.pam jxr decode inks.jxr out.pam
+for picture in scene deep; do
+  compare out.tif tiff pack ../$picture.ppm out.tif
+  compare out.pnm tiff unpack out.tif out.pnm
+done
+for pixels in bgr555 bgr565; do
+  compare out.yuv yuv encode --layout i422 --pixels $pixels ../scene.ppm out.yuv
+  for layout in i420 yv12 yuyv; do
+    compare out.yuv yuv encode --layout $layout --pixels $pixels ../scene.ppm out.yuv
+    compare out.bmp yuv decode --layout $layout --pixels $pixels --size 1024x512 out.yuv out.bmp
+  done
+done
 
 cat hosts/*.cpp hosts/*/*.cpp >"$work/text"
 for file in text scene.ppm; do
