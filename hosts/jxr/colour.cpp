@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <type_traits>
 
 namespace orbhost::jxr {
 
@@ -167,6 +166,16 @@ void toSamples(OutputFormat output, const Range& range, const ChannelRows& rows,
   }
 }
 
+// The range and the rows are copies, since samples that are bytes could overwrite anything else.
+template <int kChannels, class Sample>
+void interleave(const Range range, const ChannelRows rows, int width, Sample* to) {
+  for (int x = 0; x < width; ++x) {
+    for (int c = 0; c < kChannels; ++c) {
+      *to++ = static_cast<Sample>(range.toSample(rows[c][x]));
+    }
+  }
+}
+
 }  // namespace
 
 std::vector<Plane> planesFrom(const Image& image, const ImageHeader& header,
@@ -225,12 +234,12 @@ Image imageFrom(const std::vector<Plane>& planes, const ImageHeader& header,
     }
     toSamples(header.output, range, rows, width);
     image.withRow(y, [&](auto* row) {
-      using Sample = std::remove_reference_t<decltype(*row)>;
-      for (int c = 0; c < channels; ++c) {
-        const int32_t* const from = rows[c];
-        for (int x = 0; x < width; ++x) {
-          row[x * channels + c] = static_cast<Sample>(range.toSample(from[x]));
-        }
+      if (channels == 1) {
+        interleave<1>(range, rows, width, row);
+      } else if (channels == 3) {
+        interleave<3>(range, rows, width, row);
+      } else {
+        interleave<4>(range, rows, width, row);
       }
     });
   }
