@@ -166,13 +166,12 @@ void toSamples(OutputFormat output, const Range& range, const ChannelRows& rows,
   }
 }
 
-// The range and the rows are copies, since samples that are bytes could overwrite anything else.
+// Rows of samples, one beside the other. The rows are a copy, since samples that are bytes could
+// overwrite anything else.
 template <int kChannels, class Sample>
-void interleave(const Range range, const ChannelRows rows, int width, Sample* to) {
+void interleave(const ChannelRows rows, int width, Sample* to) {
   for (int x = 0; x < width; ++x) {
-    for (int c = 0; c < kChannels; ++c) {
-      *to++ = static_cast<Sample>(range.toSample(rows[c][x]));
-    }
+    for (int c = 0; c < kChannels; ++c) *to++ = static_cast<Sample>(rows[c][x]);
   }
 }
 
@@ -233,13 +232,17 @@ Image imageFrom(const std::vector<Plane>& planes, const ImageHeader& header,
       }
     }
     toSamples(header.output, range, rows, width);
+    for (int c = 0; c < channels; ++c) {
+      int32_t* const row = rows[c];
+      for (int x = 0; x < width; ++x) row[x] = range.toSample(row[x]);
+    }
     image.withRow(y, [&](auto* row) {
       if (channels == 1) {
-        interleave<1>(range, rows, width, row);
+        interleave<1>(rows, width, row);
       } else if (channels == 3) {
-        interleave<3>(range, rows, width, row);
+        interleave<3>(rows, width, row);
       } else {
-        interleave<4>(range, rows, width, row);
+        interleave<4>(rows, width, row);
       }
     });
   }
