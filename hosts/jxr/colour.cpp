@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <type_traits>
 
 namespace orbhost::jxr {
 
@@ -167,6 +166,15 @@ void toSamples(OutputFormat output, const Range& range, const ChannelRows& rows,
   }
 }
 
+// Rows of samples, one beside the other. The rows are a copy, since samples that are bytes could
+// overwrite anything else.
+template <int kChannels, class Sample>
+void interleave(const ChannelRows rows, int width, Sample* to) {
+  for (int x = 0; x < width; ++x) {
+    for (int c = 0; c < kChannels; ++c) *to++ = static_cast<Sample>(rows[c][x]);
+  }
+}
+
 }  // namespace
 
 std::vector<Plane> planesFrom(const Image& image, const ImageHeader& header,
@@ -224,13 +232,17 @@ Image imageFrom(const std::vector<Plane>& planes, const ImageHeader& header,
       }
     }
     toSamples(header.output, range, rows, width);
+    for (int c = 0; c < channels; ++c) {
+      int32_t* const row = rows[c];
+      for (int x = 0; x < width; ++x) row[x] = range.toSample(row[x]);
+    }
     image.withRow(y, [&](auto* row) {
-      using Sample = std::remove_reference_t<decltype(*row)>;
-      for (int c = 0; c < channels; ++c) {
-        const int32_t* const from = rows[c];
-        for (int x = 0; x < width; ++x) {
-          row[x * channels + c] = static_cast<Sample>(range.toSample(from[x]));
-        }
+      if (channels == 1) {
+        interleave<1>(rows, width, row);
+      } else if (channels == 3) {
+        interleave<3>(rows, width, row);
+      } else {
+        interleave<4>(rows, width, row);
       }
     });
   }

@@ -97,8 +97,10 @@ PlaneHeader planeHeaderFor(const Image& image, const EncodeOptions& options) {
 
 int32_t levelOf(int32_t value, int32_t step, int32_t rounding) {
   if (step == 1) return value;
-  const int32_t magnitude = (std::abs(value) + rounding) / step;
-  return value < 0 ? -magnitude : magnitude;
+  const int32_t magnitude = std::abs(value) + rounding;
+  if (magnitude < step) return 0;  // as most are: no division
+  const int32_t level = magnitude / step;
+  return value < 0 ? -level : level;
 }
 
 // High-pass and low-pass coefficients that are near 0 become it.
