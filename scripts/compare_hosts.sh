@@ -97,6 +97,27 @@ for pixels in bgr555 bgr565; do
   done
 done
 
+# Pictures of one, three and four channels by every image operation.
+"$reference" jpeg encode --sampling grey "$work/scene.ppm" "$work/grey.jpg"
+"$reference" jpeg decode "$work/grey.jpg" "$work/grey.pgm"
+for picture in grey.pgm scene.ppm inks.pam; do
+  out=out.${picture##*.}
+  for mask in 3 5; do
+    for kind in gauss hipass laplace lowpass; do
+      compare $out image filter $kind --mask $mask ../$picture $out
+    done
+  done
+  compare $out image dilate ../$picture $out
+  compare $out image erode ../$picture $out
+  for angle in 90 180 270; do
+    compare $out image rotate $angle --fit ../$picture $out
+  done
+  for method in nearest linear lagrange catmullrom; do
+    compare $out image rotate 33.3 --fit --smooth --method $method ../$picture $out
+    compare $out image warp 20,10 500,-30.5 470,420 -40,300 --method $method ../$picture $out
+  done
+done
+
 cat hosts/*.cpp hosts/*/*.cpp >"$work/text"
 for file in text scene.ppm; do
   for level in fast chain lazy; do
