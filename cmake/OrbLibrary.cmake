@@ -5,6 +5,7 @@ set(ORB_FRAME_SOURCES
     compress/tables/deflate.cpp
     compress/tables/hash_mix.cpp
     compress/tables/inflate.cpp
+    dv/tables/dct248.cpp
     frame/cpu.cpp
     frame/dispatch.cpp
     frame/library.cpp
@@ -17,7 +18,10 @@ set(ORB_FRAME_SOURCES
     jpeg/tables/zigzag.cpp
     jpeg2k/tables/contexts.cpp
     jpeg2k/tables/distortion.cpp
-    jpeg2k/tables/mq.cpp)
+    jpeg2k/tables/mq.cpp
+    jpegxr/tables/run_level.cpp
+    jpegxr/tables/scan.cpp
+    jpegxr/tables/vlc.cpp)
 
 set(ORB_ENTRY_SOURCES
     compress/bwt.cpp
@@ -33,6 +37,9 @@ set(ORB_ENTRY_SOURCES
     compress/run_length.cpp
     image/resize.cpp
     image/resize_yuv422.cpp
+    dv/macroblock.cpp
+    dv/segment.cpp
+    dv/transform.cpp
     image/filter.cpp
     image/morphology.cpp
     image/rotate.cpp
@@ -52,7 +59,15 @@ set(ORB_ENTRY_SOURCES
     jpeg2k/codeblock_progressive.cpp
     jpeg2k/components.cpp
     jpeg2k/wavelet_image.cpp
-    jpeg2k/wavelet_lifting.cpp)
+    jpeg2k/wavelet_lifting.cpp
+    jpegxr/coefficient_coding.cpp
+    jpegxr/core_transform.cpp
+    jpegxr/fixed_length.cpp
+    jpegxr/vlc_state.cpp
+    side/lu.cpp
+    side/samples.cpp
+    side/tiff.cpp
+    side/video.cpp)
 
 function(orb_object_library name)
   add_library(${name} OBJECT ${ARGN})
@@ -85,8 +100,10 @@ endforeach()
 
 # Linked by the C compiler, so that the C++ runtime is not even offered.
 add_library(orb90legacy SHARED ${ORB_OBJECTS})
-set_target_properties(orb90legacy PROPERTIES LINKER_LANGUAGE C)
-target_include_directories(orb90legacy INTERFACE ${PROJECT_SOURCE_DIR}/include)
+set_target_properties(orb90legacy PROPERTIES LINKER_LANGUAGE C VERSION ${PROJECT_VERSION}
+                                             SOVERSION ${PROJECT_VERSION_MAJOR})
+target_include_directories(orb90legacy
+                           INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
 if(WIN32)
   include(OrbWindows)
 else()

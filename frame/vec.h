@@ -137,6 +137,50 @@ inline I16 loadRowI16(const Orb16s* p) {
   return {_mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))};
 }
 
+// Limited to 0..255.
+inline I16 limit8u(I16 a) {
+  return {_mm256_min_epi16(_mm256_max_epi16(a.v, _mm256_setzero_si256()), _mm256_set1_epi16(255))};
+}
+
+// Words as pairs of neighbours: the first of each pair twice, or the second.
+inline I16 firstOfPairs(I16 a) {
+  return {_mm256_shufflehi_epi16(_mm256_shufflelo_epi16(a.v, 0xA0), 0xA0)};
+}
+inline I16 secondOfPairs(I16 a) {
+  return {_mm256_shufflehi_epi16(_mm256_shufflelo_epi16(a.v, 0xF5), 0xF5)};
+}
+// Half as many bytes as there are words, to pairs of equal words.
+inline I16 loadPairs8u(const Orb8u* p) {
+  const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+  return {_mm256_cvtepu8_epi16(_mm_unpacklo_epi8(bytes, bytes))};
+}
+
+// Half as many numbers of 32 bits, one for each pair of words.
+struct I32 {
+  __m256i v;
+};
+inline I32 splatI32(Orb32s value) {
+  return {_mm256_set1_epi32(value)};
+}
+inline I32 operator+(I32 a, I32 b) {
+  return {_mm256_add_epi32(a.v, b.v)};
+}
+inline I32 operator>>(I32 a, int n) {
+  return {_mm256_srai_epi32(a.v, n)};
+}
+// The sum of each pair, times a factor.
+inline I32 pairsTimes(I16 a, Orb16s factor) {
+  return {_mm256_madd_epi16(a.v, _mm256_set1_epi16(factor))};
+}
+// Pairs of words, from two numbers of 0..65535 each.
+inline I16 makePairs(I32 first, I32 second) {
+  return {_mm256_or_si256(first.v, _mm256_slli_epi32(second.v, 16))};
+}
+// Limited to words.
+inline I16 narrow(I32 a, I32 b) {
+  return {_mm256_permute4x64_epi64(_mm256_packs_epi32(a.v, b.v), _MM_SHUFFLE(3, 1, 2, 0))};
+}
+
 #else
 
 struct I16 {
@@ -266,6 +310,52 @@ inline I16 sumsOfRows(I16 upper, I16 lower) {
 // The same row in all rows.
 inline I16 loadRowI16(const Orb16s* p) {
   return loadI16(p);
+}
+
+// Limited to 0..255.
+inline I16 limit8u(I16 a) {
+  return {_mm_min_epi16(_mm_max_epi16(a.v, _mm_setzero_si128()), _mm_set1_epi16(255))};
+}
+
+// Words as pairs of neighbours: the first of each pair twice, or the second.
+inline I16 firstOfPairs(I16 a) {
+  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xA0), 0xA0)};
+}
+inline I16 secondOfPairs(I16 a) {
+  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xF5), 0xF5)};
+}
+// Half as many bytes as there are words, to pairs of equal words.
+inline I16 loadPairs8u(const Orb8u* p) {
+  int four;
+  __builtin_memcpy(&four, p, sizeof four);
+  const __m128i bytes = _mm_cvtsi32_si128(four);
+  return {_mm_unpacklo_epi8(_mm_unpacklo_epi8(bytes, bytes), _mm_setzero_si128())};
+}
+
+// Half as many numbers of 32 bits, one for each pair of words.
+struct I32 {
+  __m128i v;
+};
+inline I32 splatI32(Orb32s value) {
+  return {_mm_set1_epi32(value)};
+}
+inline I32 operator+(I32 a, I32 b) {
+  return {_mm_add_epi32(a.v, b.v)};
+}
+inline I32 operator>>(I32 a, int n) {
+  return {_mm_srai_epi32(a.v, n)};
+}
+// The sum of each pair, times a factor.
+inline I32 pairsTimes(I16 a, Orb16s factor) {
+  return {_mm_madd_epi16(a.v, _mm_set1_epi16(factor))};
+}
+// Pairs of words, from two numbers of 0..65535 each.
+inline I16 makePairs(I32 first, I32 second) {
+  return {_mm_or_si128(first.v, _mm_slli_epi32(second.v, 16))};
+}
+// Limited to words.
+inline I16 narrow(I32 a, I32 b) {
+  return {_mm_packs_epi32(a.v, b.v)};
 }
 
 #endif

@@ -8,6 +8,7 @@ namespace orbhost {
 
 void addGzipCommand(CLI::App& program);
 void addGunzipCommand(CLI::App& program);
+void addImageCommand(CLI::App& program);
 void addJpegCommand(CLI::App& program);
 void addPackCommand(CLI::App& program);
 void addUnpackCommand(CLI::App& program);

@@ -16,17 +16,24 @@ fi
 packages=
 for set in "$@"; do
   case $set in
-    build) packages="$packages g++ cmake ninja-build libcli11-dev libpng-dev" ;;
+    build)
+      packages="$packages g++ cmake ninja-build libcli11-dev libpng-dev"
+      packages="$packages libfreetype-dev fonts-dejavu-core"
+      ;;
     test)
-      packages="$packages googletest binutils libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
+      packages="$packages googletest binutils pkg-config"
+      packages="$packages libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
       packages="$packages zlib1g-dev libdeflate-dev libzopfli-dev pigz zopfli libdeflate-tools"
       packages="$packages libdivsufsort-dev bzip2"
+      packages="$packages libopencv-imgproc-dev"
+      packages="$packages libeigen3-dev"
       ;;
     bench)
       packages="$packages libbenchmark-dev libjpeg62-turbo-dev zlib1g-dev libdeflate-dev libisal-dev"
       packages="$packages libdivsufsort-dev"
+      packages="$packages libopencv-imgproc-dev"
       ;;
-    i386) packages="$packages g++-multilib" ;;
+    i386) packages="$packages g++-multilib qemu-user" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
     fuzz) packages="$packages clang libclang-rt-14-dev" ;;
     format) packages="$packages clang-format" ;;

@@ -111,6 +111,10 @@ inline long double valueAt(const Picture& src, Place place, int channel, int met
 // both sides will do.
 inline bool isValueAt(int byte, const Picture& src, Place place, int channel, int method) {
   const long double hair = 1e-8L, error = method >= orbInterLagrange ? 2e-3L : 1e-5L;
+  const auto rounded = [](long double value) {
+    return static_cast<int>(std::floor(std::clamp(value, 0.0L, 255.0L) + 0.5L));
+  };
+  if (rounded(valueAt(src, place, channel, method)) == byte) return true;
   int low = 255, high = 0;
   for (const long double dx : {-hair, hair}) {
     for (const long double dy : {-hair, hair}) {
@@ -118,9 +122,6 @@ inline bool isValueAt(int byte, const Picture& src, Place place, int channel, in
           std::clamp(place.x + dx, 0.0L, static_cast<long double>(src.size.width - 1)),
           std::clamp(place.y + dy, 0.0L, static_cast<long double>(src.size.height - 1))};
       const long double value = valueAt(src, near, channel, method);
-      const auto rounded = [](long double v) {
-        return static_cast<int>(std::floor(std::clamp(v, 0.0L, 255.0L) + 0.5L));
-      };
       low = std::min(low, rounded(value - error));
       high = std::max(high, rounded(value + error));
     }
