@@ -35,13 +35,13 @@ set(ORB_ENTRY_SOURCES
     compress/lz77_state.cpp
     compress/move_to_front.cpp
     compress/run_length.cpp
-    image/resize.cpp
-    image/resize_yuv422.cpp
     dv/macroblock.cpp
     dv/segment.cpp
     dv/transform.cpp
     image/filter.cpp
     image/morphology.cpp
+    image/resize.cpp
+    image/resize_yuv422.cpp
     image/rotate.cpp
     image/warp.cpp
     jpeg/color.cpp

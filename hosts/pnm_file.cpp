@@ -230,14 +230,17 @@ Bytes formatPnm(const Image& image, int channels) {
 }
 
 Bytes formatPam(const Image& image) {
-  const char* const type = image.channels() == 1   ? "GRAYSCALE"
-                           : image.channels() == 3 ? "RGB"
-                                                   : "CMYK";
+  return formatPam(image, image.channels() == 1   ? "GRAYSCALE"
+                          : image.channels() == 3 ? "RGB"
+                                                  : "CMYK");
+}
+
+Bytes formatPam(const Image& image, const std::string& tupleType) {
   Bytes bytes;
   append(bytes, "P7\nWIDTH " + std::to_string(image.width()) + "\nHEIGHT " +
                     std::to_string(image.height()) + "\nDEPTH " + std::to_string(image.channels()) +
-                    "\nMAXVAL " + std::to_string(image.maximum()) + "\nTUPLTYPE " + type +
-                    "\nENDHDR\n");
+                    "\nMAXVAL " + std::to_string(image.maximum()) + "\n" +
+                    (tupleType.empty() ? "" : "TUPLTYPE " + tupleType + "\n") + "ENDHDR\n");
   appendSamples(bytes, image, 1);
   return bytes;
 }

@@ -2,6 +2,8 @@
 #ifndef ORB_HOSTS_PNM_FILE_H
 #define ORB_HOSTS_PNM_FILE_H
 
+#include <string>
+
 #include "hosts/bytes.h"
 #include "hosts/image.h"
 
@@ -18,6 +20,9 @@ Bytes formatPnm(const Image& image, int channels);
 
 // Any picture.
 Bytes formatPam(const Image& image);
+
+// Channels of any number, which are what a tuple type says; an empty one is left out.
+Bytes formatPam(const Image& image, const std::string& tupleType);
 
 }  // namespace orbhost
 

@@ -21,10 +21,10 @@ sed -n '/^```c$/,/^```$/p' README.md | sed '/^```/d' >"$work/example.c"
 # The mean of 0, 4, ... 252 is 126: 2 below the middle, times 8, divided by 16.
 grep -q '^DC -1, by orbJP ' "$work/said"
 
-# A line of the README's "orb jpeg" section comes with the files that those before it have made.
+# A line of these commands comes with the files that those before it have made.
 orb=$build/orb
 [ -x "$orb" ] || exit 0
-grep '^    orb jpeg ' README.md >"$work/lines"
+grep -E '^    orb (dv|image|j2k|jpeg|jxr|tiff|wav|yuv) ' README.md >"$work/lines"
 scripts/draw_scene.awk >"$work/scene.ppm"
 cd "$work"
 "$orb" jpeg encode --lossless 1 scene.ppm scene.jpg
@@ -34,7 +34,13 @@ png=png
 "$orb" jpeg decode scene.jpg photo.$png
 "$orb" jpeg decode deep.jpg deep.$png
 printf 'P7 WIDTH 2 HEIGHT 1 DEPTH 4 MAXVAL 255 TUPLTYPE CMYK ENDHDR\nabcdefgh' >inks.pam
-sed -e 's/^ *orb //' -e "s/\.png/.$png/g" lines >commands
+# Two frames of two channels of 16 bits; but an orb may be built without WAV.
+{
+  printf 'RIFF\054\0\0\0WAVEfmt \020\0\0\0\001\0\002\0\104\254\0\0\020\261\002\0\004\0\020\0'
+  printf 'data\010\0\0\0\001\0\002\0\003\0\004\0'
+} >song.wav
+"$orb" wav split song.wav left.wav right.wav 2>/dev/null || sed -i '/^ *orb wav/d' lines
+sed -e 's/^ *orb //' -e 's/ *#.*//' -e "s/\.png/.$png/g" lines >commands
 while read -r arguments; do
   "$orb" $arguments || {
     echo "fails: orb $arguments" >&2

@@ -1,97 +1,57 @@
-// Checksums of deflate's wrappers as a decoder takes them: on bytes of a stored block, which it
-// copies. Beside them a copy, and others' checksums of the source before it is copied.
+// Checksums of deflate's wrappers over a buffer that stays in the cache.
 #include <isa-l/crc.h>
 #include <isa-l/igzip_lib.h>
 #include <libdeflate.h>
 #include <zlib.h>
 
-#include <cstring>
 #include <vector>
 
+#include "bench/compress/checksum_kernel.h"
 #include "bench/support/builds.h"
-#include "compress/lz77_records.h"
 
 namespace {
 
-using orbtest::TestBuild;
+constexpr int kSize = 65536;
 
-constexpr size_t kSize = 65535;
-
-struct Block {
-  Orb8u header[5] = {0, 0xFF, 0xFF, 0, 0};  // RFC 1951, 3.2.4: stored, and another block follows
-  Orb8u bytes[kSize];
-
-  Block() {
-    for (size_t i = 0; i < kSize; ++i) bytes[i] = static_cast<Orb8u>(i * i >> 7);
-  }
-};
-Block block;
-Orb8u copy[kSize];
-
-template <class Body>
-void timeBytes(benchmark::State& state, Body body) {
-  for (auto _ : state) {
-    body();
-    benchmark::ClobberMemory();
-  }
-  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(kSize));
-}
-
-void decodeStored(benchmark::State& state, const TestBuild& build, OrbLZ77Checksum kind) {
-  static OrbLZ77DecState record;
-  timeBytes(state, [&] {
-    ORB(orbsDecodeLZ77Init_8u)(kind, &record);
-    Orb8u* src = block.header;
-    Orb8u* dst = copy;
-    Orb32s srcLen = sizeof block;
-    Orb32s dstLen = sizeof copy;
-    OrbLZ77BlockMode mode;
-    ORB(orbsDecodeLZ77GetBlockType_8u)(&src, &srcLen, &mode, &record);
-    ORB(orbsDecodeLZ77StoredBlock_8u)(&src, &srcLen, &dst, &dstLen, &record);
-  });
-  if (std::memcmp(copy, block.bytes, kSize) != 0) state.SkipWithError("copied other bytes");
-}
-
-// `checksum` takes bytes and their number.
+// `checksum` takes bytes and their number; `judge` is zlib.
 template <class Checksum>
-void copyAfter(benchmark::State& state, Checksum checksum) {
-  timeBytes(state, [&] {
-    benchmark::DoNotOptimize(checksum(block.bytes, kSize));
-    std::memcpy(copy, block.bytes, kSize);
+void add(const char* name, uint32_t (*judge)(const std::vector<Orb8u>& bytes), Checksum checksum) {
+  benchmark::RegisterBenchmark(name, [=](benchmark::State& state) {
+    std::vector<Orb8u> bytes(kSize);
+    for (int i = 0; i < kSize; ++i) bytes[i] = static_cast<Orb8u>(i * i >> 7);
+    uint32_t sum = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(sum = checksum(bytes.data(), kSize));
+    if (sum != judge(bytes)) state.SkipWithError("is another checksum");
+    state.SetBytesProcessed(state.iterations() * kSize);
   });
+}
+
+uint32_t adlerByZlib(const std::vector<Orb8u>& bytes) {
+  return static_cast<uint32_t>(adler32(1, bytes.data(), kSize));
+}
+uint32_t crcByZlib(const std::vector<Orb8u>& bytes) {
+  return static_cast<uint32_t>(crc32(0, bytes.data(), kSize));
 }
 
 bool registerAll() {
-  const struct {
-    const char* name;
-    OrbLZ77Checksum kind;
-  } kKinds[] = {{"None", orbLZ77ChecksumNone},
-                {"Adler32", orbLZ77ChecksumAdler32},
-                {"Crc32", orbLZ77ChecksumCRC32}};
-  for (const auto& [name, kind] : kKinds) {
-    for (const TestBuild& build : orbtest::runnableBuilds()) {
-      benchmark::RegisterBenchmark(
-          (std::string("Checksum/") + name + "/" + build.tag).c_str(),
-          [&build, k = kind](benchmark::State& state) { decodeStored(state, build, k); });
-    }
+  if (orbtest::runnableBuilds().back().index == orb::kH9) {
+    add("Adler32/h9", adlerByZlib, orbbench::adler32OfH9);
+    add("Crc32/h9", crcByZlib, orbbench::crc32OfH9);
   }
-  const auto add = [](const char* name, auto checksum) {
-    benchmark::RegisterBenchmark(name,
-                                 [=](benchmark::State& state) { copyAfter(state, checksum); });
-  };
-  add("Checksum/None/memcpy", [](const Orb8u*, size_t) { return 0; });
-  add("Checksum/Adler32/zlib",
-      [](const Orb8u* bytes, size_t size) { return adler32(1, bytes, static_cast<uInt>(size)); });
-  add("Checksum/Adler32/libdeflate",
-      [](const Orb8u* bytes, size_t size) { return libdeflate_adler32(1, bytes, size); });
-  add("Checksum/Adler32/isa-l",
-      [](const Orb8u* bytes, size_t size) { return isal_adler32(1, bytes, size); });
-  add("Checksum/Crc32/zlib",
-      [](const Orb8u* bytes, size_t size) { return crc32(0, bytes, static_cast<uInt>(size)); });
-  add("Checksum/Crc32/libdeflate",
-      [](const Orb8u* bytes, size_t size) { return libdeflate_crc32(0, bytes, size); });
-  add("Checksum/Crc32/isa-l",
-      [](const Orb8u* bytes, size_t size) { return crc32_gzip_refl(0, bytes, size); });
+  add("Adler32/zlib", adlerByZlib, [](const Orb8u* bytes, int size) {
+    return static_cast<uint32_t>(adler32(1, bytes, static_cast<uInt>(size)));
+  });
+  add("Adler32/libdeflate", adlerByZlib,
+      [](const Orb8u* bytes, int size) { return libdeflate_adler32(1, bytes, size); });
+  add("Adler32/isa-l", adlerByZlib,
+      [](const Orb8u* bytes, int size) { return isal_adler32(1, bytes, size); });
+  add("Crc32/zlib", crcByZlib, [](const Orb8u* bytes, int size) {
+    return static_cast<uint32_t>(crc32(0, bytes, static_cast<uInt>(size)));
+  });
+  add("Crc32/libdeflate", crcByZlib,
+      [](const Orb8u* bytes, int size) { return libdeflate_crc32(0, bytes, size); });
+  add("Crc32/isa-l", crcByZlib,
+      [](const Orb8u* bytes, int size) { return crc32_gzip_refl(0, bytes, size); });
   return true;
 }
 [[maybe_unused]] const bool registered = registerAll();

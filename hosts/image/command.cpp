@@ -143,6 +143,7 @@ void addWarp(CLI::App& image) {
                   "bottom")
       ->required()
       ->expected(4)
+      ->allow_extra_args(false)
       ->type_name("X,Y");
   addFiles(command, *arguments);
   command.add_flag("-f,--fit", arguments->fit,

@@ -88,13 +88,6 @@ inline Orb32u takeBits(BitReader& reader, Orb32u n) {
   return value;
 }
 
-// -1 for a bit that is set, 0 for one that is clear.
-inline Orb32s takeSign(BitReader& reader) {
-  const Orb32s sign = static_cast<Orb32s>(reader.bits) >> 31;
-  skipBits(reader, 1);
-  return sign;
-}
-
 // ---- Signs
 
 inline Orb32u magnitudeOf(Orb32s value) {

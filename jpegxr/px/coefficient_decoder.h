@@ -13,57 +13,74 @@
 
 namespace orb::ORB_BUILD::plain {
 
-inline Orb32u decodeSymbolAsIs(BitReader& reader, const OrbiVLCState_JPEGXR& state, Orb32s coder) {
+// A symbol at the front of the stream, and the length of its code.
+struct CodedSymbol {
+  Orb32u symbol;
+  Orb32u length;
+};
+[[gnu::always_inline]] inline CodedSymbol peekSymbol(const BitReader& reader,
+                                                     const OrbiVLCState_JPEGXR& state,
+                                                     Orb32s coder) {
   const auto& lookup = orbVlcLookups[state.lookups[coder] & kVlcLinkMask];
   Orb32s entry = lookup[peekBits(reader, kVlcLookupBits)];
-  if (entry >= 0) {
-    skipBits(reader, static_cast<Orb32u>(entry & 7));
-  } else {
-    skipBits(reader, kVlcLookupBits);
-    do {
-      const Orb32s pair = (1 << kVlcLookupBits) + 2 * (-entry - 1);
-      entry = lookup[static_cast<Orb32u>(pair) + takeBits(reader, 1)];
-    } while (entry < 0);
-  }
-  return static_cast<Orb32u>(entry >> 3);
+  if (entry >= 0) return {static_cast<Orb32u>(entry >> 3), static_cast<Orb32u>(entry & 7)};
+  Orb32u length = kVlcLookupBits;
+  do {
+    const Orb32u bit = reader.bits << length >> 31;
+    entry = lookup[(1u << kVlcLookupBits) + 2 * static_cast<Orb32u>(-entry - 1) + bit];
+    ++length;
+  } while (entry < 0);
+  return {static_cast<Orb32u>(entry >> 3), length};
 }
 
-inline Orb32u decodeSymbol(BitReader& reader, OrbiVLCState_JPEGXR& state, Orb32s coder) {
-  const Orb32u symbol = decodeSymbolAsIs(reader, state, coder);
-  orbCountSymbol(state, coder, symbol);
-  return symbol;
+// Takes a code and its extra bits.
+[[gnu::always_inline]] inline Orb32s takeRange(BitReader& reader, OrbVlcRange range,
+                                               Orb32u codeLength) {
+  const Orb32u extra = reader.bits << codeLength >> 1 >> (31 - range.extraBits);
+  skipBits(reader, codeLength + range.extraBits);
+  return static_cast<Orb32s>(range.base + extra);
 }
 
-inline Orb32s takeFromRange(BitReader& reader, OrbVlcRange range) {
-  return range.base + static_cast<Orb32s>(takeBits(reader, range.extraBits));
-}
-
-// A level behind an escape: the number of its bits, which may take three goes, and they.
-inline Orb32s decodeEscapedLevel(BitReader& reader) {
+// A level behind an escape: the number of its bits, which may take three goes, and they. It takes
+// and returns the reader by value, so that the callers' readers stay in registers.
+struct EscapedLevel {
+  BitReader reader;
+  Orb32s level;
+};
+[[gnu::noinline]] inline EscapedLevel decodeEscapedLevel(BitReader reader) {
   Orb32u n = takeBits(reader, 4) + 4;
   if (n == 19) n += takeBits(reader, 2);
   if (n == 22) n += takeBits(reader, 3);
   Orb32u value = n > 16 ? takeBits(reader, n - 16) << 16 : 0;
   value |= takeBits(reader, n > 16 ? 16 : n);
-  return static_cast<Orb32s>((1u << n) + value + 2);
+  return {reader, static_cast<Orb32s>((1u << n) + value + 2)};
 }
 
 // A level of 2 or more.
-inline Orb32s decodeLevel(BitReader& reader, OrbiVLCState_JPEGXR& state, Orb32s coder) {
-  const Orb32u symbol = decodeSymbol(reader, state, coder);
-  if (symbol >= kLevelEscape) return decodeEscapedLevel(reader);
-  return takeFromRange(reader, orbLevelRanges[symbol]);
+[[gnu::always_inline]] inline Orb32s decodeLevel(BitReader& reader, OrbiVLCState_JPEGXR& state,
+                                                 Orb32s coder) {
+  const CodedSymbol coded = peekSymbol(reader, state, coder);
+  orbCountSymbol(state, coder, coded.symbol);
+  if (coded.symbol < kLevelEscape) {
+    return takeRange(reader, orbLevelRanges[coded.symbol], coded.length);
+  }
+  skipBits(reader, coded.length);
+  const EscapedLevel escaped = decodeEscapedLevel(reader);
+  reader = escaped.reader;
+  return escaped.level;
 }
 
 // A run of 1 or more, where there is room for `room` positions. In a damaged stream it may be
 // longer, and there may be no room at all.
-inline Orb32s decodeRun(BitReader& reader, const OrbiVLCState_JPEGXR& state, Orb32s room) {
+[[gnu::always_inline]] inline Orb32s decodeRun(BitReader& reader, const OrbiVLCState_JPEGXR& state,
+                                               Orb32s room) {
   if (room >= kLeastRunRoom) {
-    const Orb32u symbol = decodeSymbolAsIs(reader, state, kRunCoder);
-    return takeFromRange(reader, orbRunRanges[orbRunRows[room]][symbol]);
+    const CodedSymbol coded = peekSymbol(reader, state, kRunCoder);
+    const Orb32u row = orbRunRows[static_cast<Orb32u>(room)];
+    return takeRange(reader, orbRunRanges[row][coded.symbol], coded.length);
   }
   if (room <= 1) return 1;
-  // As many ones less one in zeros, and a one that the longest run does without.
+  // A one behind as many zeros as the run has positions more than one. The longest does without.
   const Orb32s zeros = __builtin_clz(reader.bits | 1u << (32 - room));
   skipBits(reader, static_cast<Orb32u>(zeros + 1 < room ? zeros + 1 : zeros));
   return zeros + 1;
@@ -72,13 +89,24 @@ inline Orb32s decodeRun(BitReader& reader, const OrbiVLCState_JPEGXR& state, Orb
 // The index of a coefficient that is not the first. The last two positions leave little to tell,
 // and have fixed codes.
 template <class Form>
-inline Orb32u decodeIndex(BitReader& reader, OrbiVLCState_JPEGXR& state, Orb32s coder,
-                          Orb32s position) {
-  if (position < Form::kLast - 1) return decodeSymbol(reader, state, coder);
-  if (position == Form::kLast) return takeBits(reader, 1);
+[[gnu::always_inline]] inline CodedSymbol peekIndex(const BitReader& reader,
+                                                    OrbiVLCState_JPEGXR& state, Orb32s coder,
+                                                    Orb32s position) {
+  if (position < Form::kLast - 1) {
+    const CodedSymbol coded = peekSymbol(reader, state, coder);
+    orbCountSymbol(state, coder, coded.symbol);
+    return coded;
+  }
+  if (position == Form::kLast) return {peekBits(reader, 1), 1};
   const Orb32u index = orbLateIndexLookup[peekBits(reader, 3)];
-  skipBits(reader, orbLateIndexCodes[index].length);
-  return index;
+  return {index, orbLateIndexCodes[index].length};
+}
+
+// Takes a code and the sign behind it: -1 for a bit that is set, 0 for one that is clear.
+[[gnu::always_inline]] inline Orb32s takeSign(BitReader& reader, Orb32u codeLength) {
+  const Orb32s sign = static_cast<Orb32s>(reader.bits << codeLength) >> 31;
+  skipBits(reader, codeLength + 1);
+  return sign;
 }
 
 // How many coefficients were read, and how a block ended: as it should, or because the stream leads
@@ -93,11 +121,13 @@ struct DecodedBlock {
 template <class Form, class Place>
 inline DecodedBlock orbDecodeBlock(BitReader& reader, OrbiVLCState_JPEGXR& state,
                                    BlockCoders coders, const Place& place) {
-  const Orb32u first = decodeSymbol(reader, state, coders.index);
+  const CodedSymbol coded = peekSymbol(reader, state, coders.index);
+  const Orb32u first = coded.symbol;
+  orbCountSymbol(state, coders.index, first);
   Orb32u next = first >> 2;
   Orb32u context = first & next & 1;
-  Orb32s sign = takeSign(reader);
-  const Orb32s level =
+  Orb32s sign = takeSign(reader, coded.length);
+  Orb32s level =
       first & 2 ? decodeLevel(reader, state, coders.level + static_cast<Orb32s>(context)) : 1;
   Orb32s position = Form::kFirst;
   if ((first & 1) == 0) position += decodeRun(reader, state, Form::kLast - position);
@@ -111,14 +141,15 @@ inline DecodedBlock orbDecodeBlock(BitReader& reader, OrbiVLCState_JPEGXR& state
       position += decodeRun(reader, state, Form::kLast - position);
       if (position > Form::kLast) return {count, BlockEnd::kRunTooLong};
     }
-    const Orb32u index =
-        decodeIndex<Form>(reader, state, coders.index + 1 + static_cast<Orb32s>(context), position);
-    sign = takeSign(reader);
-    next = index >> 1;
+    const CodedSymbol later =
+        peekIndex<Form>(reader, state, coders.index + 1 + static_cast<Orb32s>(context), position);
+    sign = takeSign(reader, later.length);
+    next = later.symbol >> 1;
     context &= next;
-    const Orb32s later =
-        index & 1 ? decodeLevel(reader, state, coders.level + static_cast<Orb32s>(context)) : 1;
-    place(position, withSign(later, sign));
+    level = later.symbol & 1
+                ? decodeLevel(reader, state, coders.level + static_cast<Orb32s>(context))
+                : 1;
+    place(position, withSign(level, sign));
   }
   return {count, BlockEnd::kWhole};
 }

@@ -9,21 +9,25 @@
 
 namespace orb::ORB_BUILD::plain {
 
-inline void encodeSymbolAsIs(BitWriter& writer, const OrbiVLCState_JPEGXR& state, Orb32s coder,
-                             Orb32u symbol) {
-  const OrbVlcCode code = orbVlcCodes[state.codes[coder] & kVlcLinkMask][symbol];
-  putBits(writer, code.bits, code.length);
+inline OrbVlcCode codeOf(const OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32u symbol) {
+  return orbVlcCodes[state.codes[coder] & kVlcLinkMask][symbol];
 }
 
-inline void encodeSymbol(BitWriter& writer, OrbiVLCState_JPEGXR& state, Orb32s coder,
-                         Orb32u symbol) {
-  encodeSymbolAsIs(writer, state, coder, symbol);
+inline OrbVlcCode takeCode(OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32u symbol) {
   orbCountSymbol(state, coder, symbol);
+  return codeOf(state, coder, symbol);
 }
 
-// The part of a value that its symbol leaves open.
-inline void putExtra(BitWriter& writer, OrbVlcRange range, Orb32u value) {
-  putBits(writer, (value - range.base) & ((1u << range.extraBits) - 1), range.extraBits);
+// A code, and behind it the part of the value that its symbol leaves open.
+inline void putRange(BitWriter& writer, OrbVlcCode code, OrbVlcRange range, Orb32u value) {
+  putBits(writer, static_cast<Orb32u>(code.bits) << range.extraBits | (value - range.base),
+          static_cast<Orb32u>(code.length) + range.extraBits);
+}
+
+// A code, and the sign behind it.
+inline void putSigned(BitWriter& writer, OrbVlcCode code, Orb32s level) {
+  putBits(writer, static_cast<Orb32u>(code.bits) << 1 | (level < 0),
+          static_cast<Orb32u>(code.length) + 1);
 }
 
 // Of a level that is too large, the largest is coded.
@@ -41,13 +45,13 @@ inline void encodeEscapedLevel(BitWriter& writer, Orb32u level) {
 // A level of 2 or more.
 inline void encodeLevel(BitWriter& writer, OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32u level) {
   if (level >= kLeastEscapedLevel) {
-    encodeSymbol(writer, state, coder, kLevelEscape);
+    const OrbVlcCode code = takeCode(state, coder, kLevelEscape);
+    putBits(writer, code.bits, code.length);
     encodeEscapedLevel(writer, level);
     return;
   }
   const Orb32u symbol = orbLevelSymbols[level];
-  encodeSymbol(writer, state, coder, symbol);
-  putExtra(writer, orbLevelRanges[symbol], level);
+  putRange(writer, takeCode(state, coder, symbol), orbLevelRanges[symbol], level);
 }
 
 // A run of 1 or more, where there is room for `room` positions.
@@ -56,8 +60,8 @@ inline void encodeRun(BitWriter& writer, const OrbiVLCState_JPEGXR& state, Orb32
   if (room >= kLeastRunRoom) {
     const Orb32u row = orbRunRows[static_cast<Orb32u>(room)];
     const Orb32u symbol = orbRunSymbols[row][static_cast<Orb32u>(run)];
-    encodeSymbolAsIs(writer, state, kRunCoder, symbol);
-    putExtra(writer, orbRunRanges[row][symbol], static_cast<Orb32u>(run));
+    putRange(writer, codeOf(state, kRunCoder, symbol), orbRunRanges[row][symbol],
+             static_cast<Orb32u>(run));
   } else if (run < room) {
     putBits(writer, 1, static_cast<Orb32u>(run));
   } else {
@@ -65,17 +69,13 @@ inline void encodeRun(BitWriter& writer, const OrbiVLCState_JPEGXR& state, Orb32
   }
 }
 
-// The index of a coefficient that is not the first.
+// The code of the index of a coefficient that is not the first.
 template <class Form>
-inline void encodeIndex(BitWriter& writer, OrbiVLCState_JPEGXR& state, Orb32s coder,
-                        Orb32s position, Orb32u index) {
-  if (position < Form::kLast - 1) {
-    encodeSymbol(writer, state, coder, index);
-  } else if (position < Form::kLast) {
-    putBits(writer, orbLateIndexCodes[index].bits, orbLateIndexCodes[index].length);
-  } else {
-    putBits(writer, index, 1);
-  }
+inline OrbVlcCode takeIndexCode(OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32s position,
+                                Orb32u index) {
+  if (position < Form::kLast - 1) return takeCode(state, coder, index);
+  if (position < Form::kLast) return orbLateIndexCodes[index];
+  return {static_cast<Orb8u>(index), 1};
 }
 
 // How many of the pairs lie within the block. The host's list may lead out of it.
@@ -106,8 +106,7 @@ inline void orbEncodeBlock(BitWriter& writer, OrbiVLCState_JPEGXR& state, BlockC
   Orb32u next = whatFollows(pairs, pairCount, 0);
   const Orb32u first = next << 2 | (magnitude >= 2 ? 2 : 0) | (run == 0 ? 1 : 0);
   Orb32u context = first & next & 1;
-  encodeSymbol(writer, state, coders.index, first);
-  putBits(writer, level < 0, 1);
+  putSigned(writer, takeCode(state, coders.index, first), level);
   if (magnitude >= 2) {
     encodeLevel(writer, state, coders.level + static_cast<Orb32s>(context), magnitude);
   }
@@ -122,9 +121,10 @@ inline void orbEncodeBlock(BitWriter& writer, OrbiVLCState_JPEGXR& state, BlockC
     if (run > 0) encodeRun(writer, state, Form::kLast - position, run);
     position += run;
     next = whatFollows(pairs, pairCount, i);
-    encodeIndex<Form>(writer, state, coders.index + 1 + static_cast<Orb32s>(context), position,
-                      next << 1 | (magnitude >= 2 ? 1 : 0));
-    putBits(writer, level < 0, 1);
+    const OrbVlcCode code =
+        takeIndexCode<Form>(state, coders.index + 1 + static_cast<Orb32s>(context), position,
+                            next << 1 | (magnitude >= 2 ? 1 : 0));
+    putSigned(writer, code, level);
     context &= next;
     if (magnitude >= 2) {
       encodeLevel(writer, state, coders.level + static_cast<Orb32s>(context), magnitude);

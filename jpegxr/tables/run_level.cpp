@@ -2,7 +2,7 @@
 
 namespace orb {
 
-constexpr OrbTable<OrbTable<OrbVlcRange, 5>, 3> orbRunRanges = {{
+constexpr OrbTable<OrbTable<OrbVlcRange, kVlcMostSymbols>, 3> orbRunRanges = {{
     {{{1, 0}, {2, 0}, {3, 1}, {5, 1}, {7, 3}}},
     {{{1, 0}, {2, 0}, {3, 1}, {5, 1}, {7, 2}}},
     {{{1, 0}, {2, 0}, {3, 0}, {4, 0}, {5, 1}}},
@@ -15,18 +15,17 @@ constexpr OrbTable<OrbVlcRange, kLevelEscape> orbLevelRanges = {
 
 namespace {
 
-// The last symbol of which the base is not above the value.
-template <size_t N>
-constexpr uint8_t symbolOf(const OrbTable<OrbVlcRange, N>& ranges, uint32_t value) {
+// The last of so many symbols whose base is not above the value.
+constexpr uint8_t symbolOf(const OrbVlcRange* ranges, uint32_t count, uint32_t value) {
   uint8_t symbol = 0;
-  while (symbol + 1u < N && ranges[symbol + 1u].base <= value) ++symbol;
+  while (symbol + 1u < count && ranges[symbol + 1].base <= value) ++symbol;
   return symbol;
 }
 
 constexpr OrbTable<uint8_t, kLeastEscapedLevel> makeLevelSymbols() {
   OrbTable<uint8_t, kLeastEscapedLevel> symbols = {};
   for (uint32_t level = 2; level < kLeastEscapedLevel; ++level) {
-    symbols[level] = symbolOf(orbLevelRanges, level);
+    symbols[level] = symbolOf(orbLevelRanges.entry, kLevelEscape, level);
   }
   return symbols;
 }
@@ -34,7 +33,8 @@ constexpr OrbTable<uint8_t, kLeastEscapedLevel> makeLevelSymbols() {
 constexpr OrbTable<OrbTable<uint8_t, 15>, 3> makeRunSymbols() {
   OrbTable<OrbTable<uint8_t, 15>, 3> symbols = {};
   for (uint32_t row = 0; row < 3; ++row) {
-    for (uint32_t run = 1; run < 15; ++run) symbols[row][run] = symbolOf(orbRunRanges[row], run);
+    for (uint32_t run = 1; run < 15; ++run)
+      symbols[row][run] = symbolOf(orbRunRanges[row].entry, 5, run);
   }
   return symbols;
 }
