@@ -100,45 +100,56 @@ inline Orb32s longestStretch(const BoxAxis& x, int channels, int64_t room) {
   stretch.place = static_cast<Orb32s>(limit<int64_t>(source - first, 0, end - first - 1));
 }
 
-// The rows of a box: `first` of row `from`, `behind` of row `to`, and those between.
+// How much of sample `i` a box takes. The first and the last sample reach out as far as it does.
+inline Orb64f shareOf(Orb32s i, Orb32s size, Orb64f from, Orb64f to) {
+  const Orb64f left = i > 0 && i > from ? i : from;
+  const Orb64f right = i < size - 1 && i + 1 < to ? i + 1 : to;
+  return right > left ? right - left : 0;
+}
+
+// The rows of the image that a box takes, all but the first and the last wholly.
 struct BoxRows {
-  int64_t from;
-  int64_t to;
-  Orb32f first;
-  Orb32f behind;
+  Orb32s first;
+  Orb32s last;
+  Orb32f shareOfFirst;
+  Orb32f shareOfLast;
 };
 
 [[gnu::noinline]] inline BoxRows boxRowsOf(const BoxAxis& y, Orb32s i) {
   const DoublePrecision precision;
   const FarBoundary top = boundaryOf(y, i);
   const FarBoundary bottom = boundaryOf(y, i + 1);
-  return {top.whole, bottom.whole, static_cast<Orb32f>(1 - top.part),
-          static_cast<Orb32f>(bottom.part)};
+  const Orb64f from = static_cast<Orb64f>(top.whole) + top.part;
+  const Orb64f to = static_cast<Orb64f>(bottom.whole) + bottom.part;
+  const int64_t first = limit<int64_t>(top.whole, 0, y.size - 1);
+  const int64_t last =
+      limit<int64_t>(bottom.part > 0 ? bottom.whole : bottom.whole - 1, first, y.size - 1);
+  const auto share = [&](int64_t row) {
+    return static_cast<Orb32f>(shareOf(static_cast<Orb32s>(row), y.size, from, to));
+  };
+  return {static_cast<Orb32s>(first), static_cast<Orb32s>(last), share(first), share(last)};
 }
 
 // The sums of `samples` columns that begin at `src` in the first row of an image.
 template <class Sum>
-inline void sumRows(const Source& src, Orb32s height, const BoxRows& rows, Sum* sums,
-                    ptrdiff_t samples) {
-  const auto add = [&](int64_t row, Sum weight) {
-    const int64_t inImage = limit<int64_t>(row, 0, height - 1);
-    kernel::orbSumRow(src.row(static_cast<ptrdiff_t>(inImage)), weight, row == rows.from, sums,
-                      samples);
-  };
-  add(rows.from, static_cast<Sum>(rows.first));
-  for (int64_t row = rows.from + 1; row < rows.to; ++row) add(row, 1);
-  if (rows.behind > 0) add(rows.to, static_cast<Sum>(rows.behind));
+inline void sumRows(const Source& src, const BoxRows& rows, Sum* sums, ptrdiff_t samples) {
+  for (Orb32s row = rows.first; row <= rows.last; ++row) {
+    const Orb32f share = row == rows.first  ? rows.shareOfFirst
+                         : row == rows.last ? rows.shareOfLast
+                                            : 1;
+    kernel::orbSumRow(src.row(row), static_cast<Sum>(share), row == rows.first, sums, samples);
+  }
 }
 
 template <int kChannels, class Sum>
-[[gnu::noinline]] void sumBoxes(const Source& source, Orb32s height, const BoxRows& rows,
+[[gnu::noinline]] void sumBoxes(const Source& source, const BoxRows& rows,
                                 const BoxStretch& stretch, Sum* sums) {
   const SinglePrecision precision;
   const ptrdiff_t place = static_cast<ptrdiff_t>(stretch.place) * kChannels;
   const ptrdiff_t samples = static_cast<ptrdiff_t>(stretch.sourceCount) * kChannels;
   const ptrdiff_t all = static_cast<ptrdiff_t>(stretch.sums) * kChannels;
-  sumRows({source.pixels + static_cast<ptrdiff_t>(stretch.source) * kChannels, source.step}, height,
-          rows, sums + place, samples);
+  sumRows({source.pixels + static_cast<ptrdiff_t>(stretch.source) * kChannels, source.step}, rows,
+          sums + place, samples);
   for (ptrdiff_t i = place - 1; i >= 0; --i) sums[i] = sums[i + kChannels];
   for (ptrdiff_t i = place + samples; i < all; ++i) sums[i] = sums[i - kChannels];
   kernel::orbSumColumns<kChannels>(sums, stretch.boundaries, stretch.count);
@@ -154,20 +165,13 @@ template <int kChannels, class Sum>
 inline void resizeStretch(const Source& source, const Target& target, const BoxAxes& axes,
                           Orb64f scale, const BoxStretch& stretch, Sum* sums) {
   for (Orb32s i = 0; i < axes.y.count; ++i) {
-    sumBoxes<kChannels>(source, axes.y.size, boxRowsOf(axes.y, i), stretch, sums);
+    sumBoxes<kChannels>(source, boxRowsOf(axes.y, i), stretch, sums);
     meansOf(sums, scale, target.row(i) + static_cast<ptrdiff_t>(stretch.from) * kChannels,
             static_cast<ptrdiff_t>(stretch.count) * kChannels);
   }
 }
 
 // ---- Boxes that are too large for sums of their columns
-
-// How much of sample `i` a box takes. The first and the last sample reach out as far as it does.
-inline Orb64f shareOf(Orb32s i, Orb32s size, Orb64f from, Orb64f to) {
-  const Orb64f left = i > 0 && i > from ? i : from;
-  const Orb64f right = i < size - 1 && i + 1 < to ? i + 1 : to;
-  return right > left ? right - left : 0;
-}
 
 template <int kChannels>
 [[gnu::noinline]] void resizeBox(const Source& source, const BoxAxes& axes, Orb64f scale, Orb32s x,

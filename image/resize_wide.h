@@ -10,7 +10,7 @@
 namespace orb::ORB_BUILD {
 
 // A kernel is widened to so many samples for each of its own and no more.
-constexpr Orb64f kWidest = 1 << 24;
+constexpr Orb64f kWidest = 1 << 20;
 
 // A kernel may read so many weights behind the last.
 constexpr Orb32s kWeightMargin = 8;

@@ -242,12 +242,12 @@ static void sumsOfBoxes(const Orb32f* sums, ptrdiff_t first, ptrdiff_t distance,
   }
 }
 
-[[gnu::noinline]] static void sumPairs(const Source& source, Orb32s height, const BoxRows& rows,
-                                       ptrdiff_t samples, ptrdiff_t reach, const BoxBoundary* luma,
+[[gnu::noinline]] static void sumPairs(const Source& source, const BoxRows& rows, ptrdiff_t samples,
+                                       ptrdiff_t reach, const BoxBoundary* luma,
                                        const BoxBoundary* chroma, ptrdiff_t pairs, Orb32f* sums,
                                        Orb32f* dst) {
   const SinglePrecision precision;
-  sumRows(source, height, rows, sums, samples);
+  sumRows(source, rows, sums, samples);
   for (ptrdiff_t i = samples; i < reach; ++i) sums[i] = sums[i % 2 == 0 ? i - 2 : i - 4];
   sumsOfBoxes(sums, 0, 2, luma, 2 * pairs, dst);
   sumsOfBoxes(sums, 1, 4, chroma, pairs, dst);
@@ -307,7 +307,7 @@ static OrbStatus resizePairsByArea(const Source& source, const Target& target, c
   findBoundaries(boxes.luma, luma);
   findBoundaries(boxes.chroma, chroma);
   for (Orb32s i = 0; i < layout.rows.count; ++i) {
-    sumPairs(source, boxes.rows.size, boxRowsOf(boxes.rows, i), static_cast<ptrdiff_t>(samples),
+    sumPairs(source, boxRowsOf(boxes.rows, i), static_cast<ptrdiff_t>(samples),
              static_cast<ptrdiff_t>(boxes.reach), luma, chroma, static_cast<ptrdiff_t>(pairs), sums,
              means);
     meansOf(means, boxes.scale, target.row(i), static_cast<ptrdiff_t>(4 * pairs));

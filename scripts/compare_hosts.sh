@@ -116,6 +116,18 @@ for picture in grey.pgm scene.ppm inks.pam; do
     compare $out image rotate 33.3 --fit --smooth --method $method ../$picture $out
     compare $out image warp 20,10 500,-30.5 470,420 -40,300 --method $method ../$picture $out
   done
+  compare $out image resize 341x217 --method area ../$picture $out
+  compare $out image resize --scale 0.25 --method area ../$picture $out
+  for method in nearest linear lagrange bspline catmullrom b05c03 lanczos; do
+    compare $out image resize 1391x700 --method $method ../$picture $out
+    compare $out image resize --scale 0.37 --edge fade --method $method ../$picture $out
+    compare $out image resize 341x217 --antialias --method $method ../$picture $out
+  done
+done
+
+tail -c $((1024 * 512 * 2)) "$work/inks.pam" >"$work/frame.yuv"
+for method in nearest linear lagrange area; do
+  compare out.yuv image resize-yuv 1024x512 318x200 --method $method ../frame.yuv out.yuv
 done
 
 cat hosts/*.cpp hosts/*/*.cpp >"$work/text"

@@ -11,6 +11,7 @@
 #include "hosts/image/gallery.h"
 #include "hosts/image/operations.h"
 #include "hosts/image/picture.h"
+#include "hosts/image/resize_command.h"
 
 namespace orbhost {
 
@@ -171,13 +172,14 @@ void addGallery(CLI::App& image) {
 }  // namespace
 
 void addImageCommand(CLI::App& program) {
-  CLI::App& command = *program.add_subcommand("image", "Filter, turn and warp pictures");
+  CLI::App& command = *program.add_subcommand("image", "Filter, turn, warp and resize pictures");
   command.require_subcommand(1);
   command.footer(
       "Examples:\n"
       "  orb image filter gauss --mask 5 photo.png soft.png\n"
       "  orb image rotate -7.5 --fit --method catmullrom photo.png straight.png\n"
       "  orb image warp 40,20 600,0 640,480 0,400 photo.png leaning.png\n"
+      "  orb image resize 320x240 --method lanczos --antialias photo.png small.png\n"
       "  orb image gallery photo.png all\n\n"
       "Grey, RGB and RGBA, of 8 bits to a sample; others are converted. What is not drawn is "
       "black, "
@@ -187,6 +189,7 @@ void addImageCommand(CLI::App& program) {
   addMorphology(command);
   addRotate(command);
   addWarp(command);
+  image::addResizeCommands(command);
   addGallery(command);
 }
 

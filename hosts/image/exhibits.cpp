@@ -87,6 +87,7 @@ void addOperations(std::vector<Exhibit>& exhibits) {
 std::vector<Exhibit> allExhibits() {
   std::vector<Exhibit> exhibits;
   addOperations(exhibits);
+  addResizes(exhibits);
   return exhibits;
 }
 

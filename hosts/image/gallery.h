@@ -21,6 +21,8 @@ struct Exhibit {
 
 // Filters, morphology, rotation and warp.
 void addOperations(std::vector<Exhibit>& exhibits);
+// Resizing.
+void addResizes(std::vector<Exhibit>& exhibits);
 
 // All of them. A family of operations that comes is one line here.
 std::vector<Exhibit> allExhibits();

@@ -124,8 +124,13 @@ int extentOf(double low, double high) {
 }  // namespace
 
 void check(OrbStatus status) {
-  if (status == orbStsNoErr) return;
+  if (status == orbStsNoErr || status == orbStsAntialiasIgnored) return;
   switch (status) {
+    case orbStsResizeFactorErr:
+      throw Error("means of areas only make a picture smaller");
+    case orbStsResizeTooSmallErr:
+    case orbStsNoOperation:
+      throw Error("nothing of the picture would be left");
     case orbStsQuadOutside:
     case orbStsRoiOutside:
       throw Error("nothing of the picture falls into the result");

@@ -23,9 +23,10 @@ inline void orbSumRow(const Orb8u* row, Orb32f weight, bool isFirst, Orb32f* sum
   plain::orbSumRow(row + i, weight, isFirst, sums + i, samples - i);
 }
 
-// Whole rows.
+// Rows are whole but for those that stand for rows outside of the image.
 inline void orbSumRow(const Orb8u* row, Orb32s weight, bool isFirst, Orb32s* sums,
                       ptrdiff_t samples) {
+  if (weight != 1) return plain::orbSumRow(row, weight, isFirst, sums, samples);
   ptrdiff_t i = 0;
   for (; i + 16 <= samples; i += 16) {
     const __m128i zero = _mm_setzero_si128();

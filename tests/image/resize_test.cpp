@@ -86,7 +86,8 @@ struct Destination {
   Destination(Random& random, int width, int height, int channelCount)
       : plane(width * channelCount, height, orbtest::Placement::any(random)),
         channels(channelCount) {
-    plane.fillAny(random);
+    Orb8u value = random.any<Orb8u>();
+    plane.fill([&] { return value = static_cast<Orb8u>(value * 5 + 77); });
   }
   int at(int x, int y, int c) const { return plane.at(x * channels + c, y); }
 };
@@ -364,7 +365,9 @@ ORB_MEANING(orbiResizeSqrPixel_8u_C1R, WritesPixelsWhoseMiddleIsCovered) {
     ASSERT_EQ(run(build.index, picture, request, result), orbStsNoErr);
     for (int x = each.first; x < each.end; ++x) EXPECT_EQ(result.at(x, 0, 0), 0) << each.shift;
     const int beside = each.end < 9 ? result.at(each.end, 0, 0) : 200;
-    if (each.option == 0) EXPECT_EQ(beside, 200) << each.shift;
+    if (each.option == 0) {
+      EXPECT_EQ(beside, 200) << each.shift;
+    }
   }
 }
 
@@ -712,7 +715,7 @@ ORB_MEANING(orbiResizeSqrPixel_8u_C1R, TakesSimplerMethodsForSmallImages) {
 ORB_MEANING(orbiResizeSqrPixel_8u_C1R, SurvivesAbsurdNumbers) {
   Random random("absurd");
   const double values[] = {5e-324, 1e-310, 1e-300, 1e-12, 1e-9, 1e-3, 1, 1e3, 1e9, 1e300};
-  for (int i = 0; i < 3000; ++i) {
+  for (int i = 0; i < 800; ++i) {
     const Picture picture = anyPicture(random, random.between(1, 8), random.between(1, 8), 1);
     Request r = anyRequest(random, picture, kMethods[random.between(0, 7)]);
     if (random.oneIn(3)) r.interpolation |= orbInterEdgeFade;
@@ -763,12 +766,16 @@ void expectAgreement(const TestBuild& build, Random& random, int channels) {
        {0, static_cast<int>(orbInterAntialias), static_cast<int>(orbInterEdgeFade),
         static_cast<int>(orbInterEdgeBlend)}) {
     for (const int method : kMethods) {
-      for (int i = 0; i < 12; ++i) {
+      for (int i = 0; i < 5; ++i) {
         const Picture picture =
             anyPicture(random, random.between(1, 120), random.between(1, 40), channels);
         Request request = anyRequest(random, picture, method | option);
         request.dstRoi.width = random.between(1, 150);
-        Destination reference(random, 160, 70, channels), result(random, 160, 70, channels);
+        request.dstRoi.height = random.between(1, 30);
+        const int width = request.dstRoi.x + request.dstRoi.width;
+        const int height = request.dstRoi.y + request.dstRoi.height;
+        Destination reference(random, width, height, channels);
+        Destination result(random, width, height, channels);
         result.plane.copySamples(reference.plane);
         SCOPED_TRACE(describe(picture, request));
         const OrbStatus status = run(orb::kPx, picture, request, reference);
