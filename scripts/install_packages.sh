@@ -25,6 +25,7 @@ for set in "$@"; do
     bench)
       packages="$packages libbenchmark-dev libjpeg62-turbo-dev zlib1g-dev libdeflate-dev libisal-dev"
       packages="$packages libdivsufsort-dev"
+      packages="$packages pkg-config libavcodec-dev libavutil-dev libdv4-dev"
       ;;
     i386) packages="$packages g++-multilib" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
