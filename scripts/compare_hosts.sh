@@ -145,5 +145,19 @@ for file in text scene.ppm; do
   compare stdout gzip --format zlib --dictionary ../text -c ../$file
 done
 
+# A clip of each kind of DV, whole and with a part that is not.
+for kind in '720x480 yuv411p 30000/1001' '720x576 yuv420p 25' '720x480 yuv422p 30000/1001' \
+  '1280x1080 yuv422p 30000/1001' '960x720 yuv422p 60000/1001'; do
+  set -- $kind
+  ffmpeg -v error -nostdin -y -f lavfi -i "testsrc2=s=$1:r=$3,noise=alls=20:allf=t+u:all_seed=1" \
+    -frames:v 2 -pix_fmt "$2" -r "$3" -flags +ildct+bitexact -threads 1 -c:v dvvideo -f rawvideo \
+    "$work/clip.dv"
+  compare stdout dv decode ../clip.dv -
+  head -c 150000 "$work/clip.dv" >"$work/damaged.dv"
+  cat "$work/text" >>"$work/damaged.dv"
+  tail -c 300000 "$work/clip.dv" >>"$work/damaged.dv"
+  compare stdout dv decode ../damaged.dv -
+done
+
 [ $status -ne 0 ] || echo "$same files of $2 are those of $1"
 exit $status
