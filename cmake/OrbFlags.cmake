@@ -1,6 +1,9 @@
 # Compiler flags: what all code shares, what the library's code adds, and what each build may use.
 
 set(ORB_WARNINGS -Wall -Wextra -Wshadow)
+if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+  list(APPEND ORB_WARNINGS -Wno-unknown-attributes)
+endif()
 if(ORB_WERROR)
   list(APPEND ORB_WARNINGS -Werror)
 endif()

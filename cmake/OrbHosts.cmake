@@ -1,5 +1,5 @@
-# Whether the program orb can be built here, and whether it gets PNG: a libpng for another target does
-# not count, so it is linked on trial.
+# Whether the program orb can be built here, and which of the libraries that it can do without it gets:
+# one for another target does not count, so each is linked on trial.
 include(CheckCXXSourceCompiles)
 
 find_package(CLI11 QUIET)
@@ -9,15 +9,31 @@ if(NOT ORB_HOSTS)
   return()
 endif()
 
-find_package(PNG QUIET)
-if(PNG_FOUND)
-  set(CMAKE_REQUIRED_LIBRARIES PNG::PNG)
+# Sets `result` to whether a program links with a library; if not, says what orb is without.
+function(orb_try_library result library source without)
+  set(CMAKE_REQUIRED_LIBRARIES ${library})
   set(CMAKE_REQUIRED_QUIET ON)
-  check_cxx_source_compiles(
-      "#include <png.h>\nint main() { return png_access_version_number() == 0; }" ORB_PNG_LINKS)
-  unset(CMAKE_REQUIRED_LIBRARIES)
-  unset(CMAKE_REQUIRED_QUIET)
-endif()
-if(NOT ORB_PNG_LINKS)
-  message(STATUS "orb is built without PNG: there is no libpng for this target (Debian: libpng-dev)")
-endif()
+  check_cxx_source_compiles("${source}" ${result})
+  if(NOT ${result})
+    message(STATUS "${without}, as none for this target is found")
+  endif()
+endfunction()
+
+find_package(PNG QUIET)
+orb_try_library(ORB_PNG_LINKS PNG::PNG
+    "#include <png.h>
+     int main() { return png_access_version_number() == 0; }"
+    "orb is built without PNG: it needs libpng (Debian: libpng-dev)")
+
+# The captions of the gallery's sheet.
+find_package(Freetype QUIET)
+orb_try_library(ORB_FREETYPE_LINKS Freetype::Freetype
+    "#include <ft2build.h>
+     #include FT_FREETYPE_H
+     int main() { FT_Library library; return FT_Init_FreeType(&library); }"
+    "The sheet of orb image gallery is without captions: they need FreeType (Debian: libfreetype-dev)")
+
+orb_try_library(ORB_SNDFILE_LINKS sndfile
+    "#include <sndfile.h>
+     int main() { return sf_version_string() == nullptr; }"
+    "orb is built without WAV: it needs libsndfile (Debian: libsndfile1-dev)")

@@ -5,18 +5,23 @@ set(ORB_FRAME_SOURCES
     compress/tables/deflate.cpp
     compress/tables/hash_mix.cpp
     compress/tables/inflate.cpp
+    dv/tables/dct248.cpp
     frame/cpu.cpp
     frame/dispatch.cpp
     frame/library.cpp
     frame/memory.cpp
     frame/stubs.S
     frame/version.cpp
+    image/tables/lanczos.cpp
     jpeg/tables/color.cpp
     jpeg/tables/huffman.cpp
     jpeg/tables/zigzag.cpp
     jpeg2k/tables/contexts.cpp
     jpeg2k/tables/distortion.cpp
-    jpeg2k/tables/mq.cpp)
+    jpeg2k/tables/mq.cpp
+    jpegxr/tables/run_level.cpp
+    jpegxr/tables/scan.cpp
+    jpegxr/tables/vlc.cpp)
 
 set(ORB_ENTRY_SOURCES
     compress/bwt.cpp
@@ -30,6 +35,15 @@ set(ORB_ENTRY_SOURCES
     compress/lz77_state.cpp
     compress/move_to_front.cpp
     compress/run_length.cpp
+    dv/macroblock.cpp
+    dv/segment.cpp
+    dv/transform.cpp
+    image/filter.cpp
+    image/morphology.cpp
+    image/resize.cpp
+    image/resize_yuv422.cpp
+    image/rotate.cpp
+    image/warp.cpp
     jpeg/color.cpp
     jpeg/dct.cpp
     jpeg/huffman_lossless.cpp
@@ -45,7 +59,15 @@ set(ORB_ENTRY_SOURCES
     jpeg2k/codeblock_progressive.cpp
     jpeg2k/components.cpp
     jpeg2k/wavelet_image.cpp
-    jpeg2k/wavelet_lifting.cpp)
+    jpeg2k/wavelet_lifting.cpp
+    jpegxr/coefficient_coding.cpp
+    jpegxr/core_transform.cpp
+    jpegxr/fixed_length.cpp
+    jpegxr/vlc_state.cpp
+    side/lu.cpp
+    side/samples.cpp
+    side/tiff.cpp
+    side/video.cpp)
 
 function(orb_object_library name)
   add_library(${name} OBJECT ${ARGN})
@@ -78,8 +100,10 @@ endforeach()
 
 # Linked by the C compiler, so that the C++ runtime is not even offered.
 add_library(orb90legacy SHARED ${ORB_OBJECTS})
-set_target_properties(orb90legacy PROPERTIES LINKER_LANGUAGE C)
-target_include_directories(orb90legacy INTERFACE ${PROJECT_SOURCE_DIR}/include)
+set_target_properties(orb90legacy PROPERTIES LINKER_LANGUAGE C VERSION ${PROJECT_VERSION}
+                                             SOVERSION ${PROJECT_VERSION_MAJOR})
+target_include_directories(orb90legacy
+                           INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
 if(WIN32)
   include(OrbWindows)
 else()

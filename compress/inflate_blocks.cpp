@@ -70,12 +70,13 @@ static OrbStatus inflateToBytes(OrbLZ77BlockMode kind, Orb8u** ppSrc, Orb32s* pS
   if (load(pSrcLen) < 0 || load(pDstLen) < 0) return orbStsSizeErr;
   if (load(pDstLen) == 0) return orbStsDstFull;
   kernel::BitSource in(ppSrc, pSrcLen, *pState);
-  kernel::ByteOutput out(ppDst, pDstLen, kernel::ringOf(*pState), *pState);
+  const kernel::History ring = kernel::ringOf(*pState);
+  kernel::ByteOutput out(ppDst, pDstLen, ring, *pState);
   out.putPending();
   const OrbStatus status = kernel::orbInflateBlock(*pState, kind, in, out);
   if (status != orbStsStreamEnd) kernel::appendToRing(*pState, out.begin, out.at - out.begin);
   in.close(ppSrc, pSrcLen, *pState);
-  out.close(ppDst, pDstLen, *pState);
+  out.close(ppDst, pDstLen);
   return status;
 }
 

@@ -12,7 +12,8 @@ OrbStatus ORB_CALL orbsDecodeLZ77_8u(OrbLZ77Pair** ppPairs, Orb32s* pPairsLen, O
   if (load(pDstLen) == 0) return orbStsDstFull;
   OrbLZ77Pair* pairs = load(ppPairs);
   const OrbLZ77Pair* const end = pairs + count;
-  kernel::ByteOutput out(ppDst, pDstLen, kernel::windowOf(*pState), *pState);
+  const kernel::History window = kernel::windowOf(*pState);
+  kernel::ByteOutput out(ppDst, pDstLen, window, *pState);
   OrbStatus status = kernel::orbExpandPairs(pairs, end, out);
   if (status == orbStsNoErr && pState->streamEnded == 1) {
     status = orbStsStreamEnd;
@@ -21,7 +22,7 @@ OrbStatus ORB_CALL orbsDecodeLZ77_8u(OrbLZ77Pair** ppPairs, Orb32s* pPairsLen, O
   }
   store(ppPairs, pairs);
   store(pPairsLen, static_cast<Orb32s>(end - pairs));
-  out.close(ppDst, pDstLen, *pState);
+  out.close(ppDst, pDstLen);
   return status;
 }
 

@@ -42,6 +42,13 @@ inline Orb32s roundToEven(Orb32f value) {
   return static_cast<Orb32s>(__builtin_lrintf(value));
 #endif
 }
+inline Orb32s roundToEven(Orb64f value) {
+#if __has_builtin(__builtin_irint)
+  return __builtin_irint(value);
+#else
+  return static_cast<Orb32s>(__builtin_lrint(value));
+#endif
+}
 
 }  // namespace orb::ORB_BUILD
 

@@ -1,7 +1,8 @@
-// Vectors of 16-bit words, as wide as the build has them for integers: 16 words in h9, 8 below.
+// Vectors of 16-bit words and of bytes, as wide as the build has them for integers: 16 words in h9,
+// 8 below, and twice as many bytes.
 //
-// Kernels are written over I16 and kI16Lanes and fit every build. The operations are named by what
-// they compute, and keep the order of the lanes in all widths.
+// Kernels are written over I16 and kI16Lanes, U8 and kU8Lanes, and fit every build. The operations
+// are named by what they compute, and keep the order of the lanes in all widths.
 #ifndef ORB_FRAME_VEC_H
 #define ORB_FRAME_VEC_H
 
@@ -67,6 +68,27 @@ inline I16 operator>>(I16 a, int n) {
 inline I16 shiftRightUnsigned(I16 a, int n) {
   return {_mm256_srli_epi16(a.v, n)};
 }
+inline I16 operator&(I16 a, I16 b) {
+  return {_mm256_and_si256(a.v, b.v)};
+}
+
+struct U8 {
+  __m256i v;
+};
+constexpr Orb32s kU8Lanes = 32;
+
+inline U8 loadU8(const Orb8u* p) {
+  return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))};
+}
+inline void storeU8(Orb8u* p, U8 a) {
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), a.v);
+}
+inline U8 largest(U8 a, U8 b) {
+  return {_mm256_max_epu8(a.v, b.v)};
+}
+inline U8 smallest(U8 a, U8 b) {
+  return {_mm256_min_epu8(a.v, b.v)};
+}
 
 // Sums of products, a * x + b * y, in 32 bits; two and two of them may be added.
 struct I32Sums {
@@ -79,6 +101,13 @@ inline I32Sums sumsOfProducts(I16 a, Orb16s x, I16 b, Orb16s y) {
 }
 inline I32Sums operator+(I32Sums a, I32Sums b) {
   return {_mm256_add_epi32(a.low, b.low), _mm256_add_epi32(a.high, b.high)};
+}
+inline I32Sums operator+(I32Sums a, Orb32s b) {
+  return a + I32Sums{_mm256_set1_epi32(b), _mm256_set1_epi32(b)};
+}
+inline I32Sums operator*(I32Sums a, Orb32s b) {
+  const __m256i factors = _mm256_set1_epi32(b);
+  return {_mm256_mullo_epi32(a.low, factors), _mm256_mullo_epi32(a.high, factors)};
 }
 // Shifted right and limited to words.
 inline I16 narrow(I32Sums a, int n) {
@@ -106,6 +135,50 @@ inline I16 sumsOfRows(I16 upper, I16 lower) {
 // The same row in all rows.
 inline I16 loadRowI16(const Orb16s* p) {
   return {_mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))};
+}
+
+// Limited to 0..255.
+inline I16 limit8u(I16 a) {
+  return {_mm256_min_epi16(_mm256_max_epi16(a.v, _mm256_setzero_si256()), _mm256_set1_epi16(255))};
+}
+
+// Words as pairs of neighbours: the first of each pair twice, or the second.
+inline I16 firstOfPairs(I16 a) {
+  return {_mm256_shufflehi_epi16(_mm256_shufflelo_epi16(a.v, 0xA0), 0xA0)};
+}
+inline I16 secondOfPairs(I16 a) {
+  return {_mm256_shufflehi_epi16(_mm256_shufflelo_epi16(a.v, 0xF5), 0xF5)};
+}
+// Half as many bytes as there are words, to pairs of equal words.
+inline I16 loadPairs8u(const Orb8u* p) {
+  const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+  return {_mm256_cvtepu8_epi16(_mm_unpacklo_epi8(bytes, bytes))};
+}
+
+// Half as many numbers of 32 bits, one for each pair of words.
+struct I32 {
+  __m256i v;
+};
+inline I32 splatI32(Orb32s value) {
+  return {_mm256_set1_epi32(value)};
+}
+inline I32 operator+(I32 a, I32 b) {
+  return {_mm256_add_epi32(a.v, b.v)};
+}
+inline I32 operator>>(I32 a, int n) {
+  return {_mm256_srai_epi32(a.v, n)};
+}
+// The sum of each pair, times a factor.
+inline I32 pairsTimes(I16 a, Orb16s factor) {
+  return {_mm256_madd_epi16(a.v, _mm256_set1_epi16(factor))};
+}
+// Pairs of words, from two numbers of 0..65535 each.
+inline I16 makePairs(I32 first, I32 second) {
+  return {_mm256_or_si256(first.v, _mm256_slli_epi32(second.v, 16))};
+}
+// Limited to words.
+inline I16 narrow(I32 a, I32 b) {
+  return {_mm256_permute4x64_epi64(_mm256_packs_epi32(a.v, b.v), _MM_SHUFFLE(3, 1, 2, 0))};
 }
 
 #else
@@ -161,6 +234,27 @@ inline I16 operator>>(I16 a, int n) {
 inline I16 shiftRightUnsigned(I16 a, int n) {
   return {_mm_srli_epi16(a.v, n)};
 }
+inline I16 operator&(I16 a, I16 b) {
+  return {_mm_and_si128(a.v, b.v)};
+}
+
+struct U8 {
+  __m128i v;
+};
+constexpr Orb32s kU8Lanes = 16;
+
+inline U8 loadU8(const Orb8u* p) {
+  return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))};
+}
+inline void storeU8(Orb8u* p, U8 a) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), a.v);
+}
+inline U8 largest(U8 a, U8 b) {
+  return {_mm_max_epu8(a.v, b.v)};
+}
+inline U8 smallest(U8 a, U8 b) {
+  return {_mm_min_epu8(a.v, b.v)};
+}
 
 // Sums of products, a * x + b * y, in 32 bits; two and two of them may be added.
 struct I32Sums {
@@ -173,6 +267,23 @@ inline I32Sums sumsOfProducts(I16 a, Orb16s x, I16 b, Orb16s y) {
 }
 inline I32Sums operator+(I32Sums a, I32Sums b) {
   return {_mm_add_epi32(a.low, b.low), _mm_add_epi32(a.high, b.high)};
+}
+inline I32Sums operator+(I32Sums a, Orb32s b) {
+  return a + I32Sums{_mm_set1_epi32(b), _mm_set1_epi32(b)};
+}
+inline __m128i mulLow32(__m128i a, __m128i b) {
+#if defined(__SSE4_1__)
+  return _mm_mullo_epi32(a, b);
+#else
+  const __m128i even = _mm_mul_epu32(a, b);
+  const __m128i odd = _mm_mul_epu32(_mm_srli_epi64(a, 32), _mm_srli_epi64(b, 32));
+  return _mm_unpacklo_epi32(_mm_shuffle_epi32(even, _MM_SHUFFLE(0, 0, 2, 0)),
+                            _mm_shuffle_epi32(odd, _MM_SHUFFLE(0, 0, 2, 0)));
+#endif
+}
+inline I32Sums operator*(I32Sums a, Orb32s b) {
+  const __m128i factors = _mm_set1_epi32(b);
+  return {mulLow32(a.low, factors), mulLow32(a.high, factors)};
 }
 // Shifted right and limited to words.
 inline I16 narrow(I32Sums a, int n) {
@@ -199,6 +310,52 @@ inline I16 sumsOfRows(I16 upper, I16 lower) {
 // The same row in all rows.
 inline I16 loadRowI16(const Orb16s* p) {
   return loadI16(p);
+}
+
+// Limited to 0..255.
+inline I16 limit8u(I16 a) {
+  return {_mm_min_epi16(_mm_max_epi16(a.v, _mm_setzero_si128()), _mm_set1_epi16(255))};
+}
+
+// Words as pairs of neighbours: the first of each pair twice, or the second.
+inline I16 firstOfPairs(I16 a) {
+  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xA0), 0xA0)};
+}
+inline I16 secondOfPairs(I16 a) {
+  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xF5), 0xF5)};
+}
+// Half as many bytes as there are words, to pairs of equal words.
+inline I16 loadPairs8u(const Orb8u* p) {
+  int four;
+  __builtin_memcpy(&four, p, sizeof four);
+  const __m128i bytes = _mm_cvtsi32_si128(four);
+  return {_mm_unpacklo_epi8(_mm_unpacklo_epi8(bytes, bytes), _mm_setzero_si128())};
+}
+
+// Half as many numbers of 32 bits, one for each pair of words.
+struct I32 {
+  __m128i v;
+};
+inline I32 splatI32(Orb32s value) {
+  return {_mm_set1_epi32(value)};
+}
+inline I32 operator+(I32 a, I32 b) {
+  return {_mm_add_epi32(a.v, b.v)};
+}
+inline I32 operator>>(I32 a, int n) {
+  return {_mm_srai_epi32(a.v, n)};
+}
+// The sum of each pair, times a factor.
+inline I32 pairsTimes(I16 a, Orb16s factor) {
+  return {_mm_madd_epi16(a.v, _mm_set1_epi16(factor))};
+}
+// Pairs of words, from two numbers of 0..65535 each.
+inline I16 makePairs(I32 first, I32 second) {
+  return {_mm_or_si128(first.v, _mm_slli_epi32(second.v, 16))};
+}
+// Limited to words.
+inline I16 narrow(I32 a, I32 b) {
+  return {_mm_packs_epi32(a.v, b.v)};
 }
 
 #endif

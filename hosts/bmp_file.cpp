@@ -1,6 +1,7 @@
 #include "hosts/bmp_file.h"
 
 #include <limits>
+#include <string>
 
 #include "hosts/error.h"
 #include "hosts/image_convert.h"
@@ -60,6 +61,13 @@ class BmpWriter {
   size_t firstRow_;
 };
 
+uint32_t numberAt(ByteView file, size_t offset, int bytes) {
+  if (file.size < offset + bytes) throw Error("the file is damaged: it ends within its header");
+  uint32_t value = 0;
+  for (int i = 0; i < bytes; ++i) value |= static_cast<uint32_t>(file[offset + i]) << (8 * i);
+  return value;
+}
+
 }  // namespace
 
 Bytes formatBmp(const Image& image) {
@@ -84,6 +92,50 @@ Bytes formatBmp(const PackedImage& image) {
     writer.endRow();
   }
   return writer.take();
+}
+
+PackedImage parsePackedBmp(ByteView file) {
+  if (file.size < 2 || file[0] != 'B' || file[1] != 'M') throw Error("this is no BMP file");
+  const uint32_t infoSize = numberAt(file, 14, 4);
+  if (infoSize < kInfoHeaderSize) throw Error("BMP files of this old kind are not supported");
+  const uint32_t bitsPerPixel = numberAt(file, 28, 2);
+  const uint32_t compression = numberAt(file, 30, 4);
+  if (bitsPerPixel != 16) {
+    throw Error("its pixels have " + std::to_string(bitsPerPixel) + " bits, and not 16");
+  }
+  PackedFormat format = PackedFormat::kBgr555;
+  if (compression == kMaskedPixels) {
+    // Behind the header, or its next fields.
+    const size_t masks = kFileHeaderSize + kInfoHeaderSize;
+    const uint32_t green = numberAt(file, masks + 4, 4);
+    format = green == 0x07E0 ? PackedFormat::kBgr565 : PackedFormat::kBgr555;
+    const bool is565 = format == PackedFormat::kBgr565;
+    if (numberAt(file, masks, 4) != (is565 ? 0xF800u : 0x7C00u) ||
+        green != (is565 ? 0x07E0u : 0x03E0u) || numberAt(file, masks + 8, 4) != 0x001F) {
+      throw Error("its masks are neither those of 5 + 5 + 5 nor those of 5 + 6 + 5 bits");
+    }
+  } else if (compression != kPlainPixels) {
+    throw Error("compression " + std::to_string(compression) + " is not supported");
+  }
+  const int64_t width = static_cast<int32_t>(numberAt(file, 18, 4));
+  const int64_t signedHeight = static_cast<int32_t>(numberAt(file, 22, 4));
+  const bool topDown = signedHeight < 0;
+  const int64_t height = topDown ? -signedHeight : signedHeight;
+  const uint64_t offset = numberAt(file, 10, 4);
+  if (width < 1 || height < 1) throw Error("the file is damaged: it has no pixels");
+  const uint64_t rowBytes = static_cast<uint64_t>(2 * width + 3) / 4 * 4;
+  if (offset > file.size || rowBytes > (file.size - offset) / static_cast<uint64_t>(height)) {
+    throw Error("the file is damaged: it ends within its pixels");
+  }
+  const int rows = static_cast<int>(height);
+  PackedImage image(format, static_cast<int>(width), rows, static_cast<int>(width), rows);
+  for (int y = 0; y < rows; ++y) {
+    const uint8_t* from = file.data + offset + rowBytes * (topDown ? y : rows - 1 - y);
+    for (int x = 0; x < image.width(); ++x, from += 2) {
+      image.row(y)[x] = static_cast<uint16_t>(from[0] | from[1] << 8);
+    }
+  }
+  return image;
 }
 
 }  // namespace orbhost

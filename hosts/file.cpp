@@ -5,9 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "hosts/descriptor.h"
 #include "hosts/error.h"
-#include "hosts/temporary_file.h"
 
 namespace orbhost {
 
@@ -30,7 +28,7 @@ Bytes readFile(const std::string& path) {
   return bytes;
 }
 
-void writeFile(const std::string& path, ByteView bytes) {
+NewFile::NewFile(const std::string& path) {
   fs::path target = path;
   std::error_code ignored;
   if (fs::is_symlink(target, ignored)) {
@@ -39,14 +37,28 @@ void writeFile(const std::string& path, ByteView bytes) {
   }
   if (fs::is_directory(target, ignored)) throw Error("is a directory");
   if (fs::exists(target, ignored) && !fs::is_regular_file(target, ignored)) {
-    Descriptor file(path, O_WRONLY);
-    file.write(bytes);
-    file.close();
-    return;
+    direct_.emplace(path, O_WRONLY);
+  } else {
+    temporary_.emplace(target, 0666);
   }
-  TemporaryFile temporary(target, 0666);
-  temporary.descriptor().write(bytes);
-  temporary.rename(TemporaryFile::Replace::kAllowed);
+}
+
+void NewFile::write(ByteView bytes) {
+  (direct_ ? *direct_ : temporary_->descriptor()).write(bytes);
+}
+
+void NewFile::finish() {
+  if (direct_) {
+    direct_->close();
+  } else {
+    temporary_->rename(TemporaryFile::Replace::kAllowed);
+  }
+}
+
+void writeFile(const std::string& path, ByteView bytes) {
+  NewFile file(path);
+  file.write(bytes);
+  file.finish();
 }
 
 }  // namespace orbhost

@@ -27,16 +27,24 @@ int main(int argc, char** argv) {
       "Examples:\n"
       "  orb jpeg encode --quality 90 photo.png photo.jpg\n"
       "  orb jpeg decode photo.jpg photo.ppm\n"
+      "  orb dv decode tape.dv tape.y4m\n"
       "  orb gzip --keep report.txt\n"
+      "  orb image rotate --fit 7.5 photo.png turned.png\n"
       "  orb jpeg encode --help\n\n"
       "The exit status is 0 for success and 1 for any failure, which is explained in one line. "
       "gzip and\ngunzip also know 2: a file was left as it is, or something behind its end was.");
   orbhost::addJpegCommand(program);
   orbhost::addJ2kCommand(program);
+  orbhost::addJxrCommand(program);
+  orbhost::addDvCommand(program);
   orbhost::addGzipCommand(program);
   orbhost::addGunzipCommand(program);
   orbhost::addPackCommand(program);
   orbhost::addUnpackCommand(program);
+  orbhost::addImageCommand(program);
+  orbhost::addTiffCommand(program);
+  orbhost::addWavCommand(program);
+  orbhost::addYuvCommand(program);
 
   try {
     program.parse(argc, argv);

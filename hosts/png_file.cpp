@@ -57,7 +57,7 @@ bool holdsNoMoreThan(const Image& image, int maximum) {
 
 class PngReader {
  public:
-  explicit PngReader(ByteView file) : file_(file) {
+  PngReader(ByteView file, Transparency transparency) : file_(file), transparency_(transparency) {
     png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &fault_, onPngError, onPngWarning);
     if (png_ != nullptr) info_ = png_create_info_struct(png_);
     if (info_ == nullptr) {
@@ -106,7 +106,13 @@ class PngReader {
     png_read_info(png_, info_);
     codedBitsPerPixel_ = png_get_channels(png_, info_) * png_get_bit_depth(png_, info_);
     png_set_expand(png_);
-    png_set_strip_alpha(png_);
+    const bool isTransparent = (png_get_color_type(png_, info_) & PNG_COLOR_MASK_ALPHA) != 0 ||
+                               png_get_valid(png_, info_, PNG_INFO_tRNS) != 0;
+    if (transparency_ == Transparency::kDropped) {
+      png_set_strip_alpha(png_);
+    } else if (isTransparent) {
+      png_set_gray_to_rgb(png_);
+    }
     if (isLittleEndian()) png_set_swap(png_);
     passes_ = png_set_interlace_handling(png_);
     png_read_update_info(png_, info_);
@@ -127,10 +133,12 @@ class PngReader {
     png_color_8p bits = nullptr;
     if (png_get_sBIT(png_, info_, &bits) == 0) return 16;
     if (png_get_channels(png_, info_) == 1) return bits->gray;
+    if (png_get_channels(png_, info_) == 4) return 16;  // nothing is said of transparency
     return bits->red == bits->green && bits->green == bits->blue ? bits->red : 16;
   }
 
   ByteView file_;
+  Transparency transparency_;
   size_t position_ = 0;
   PngFault fault_;
   png_structp png_ = nullptr;
@@ -176,12 +184,14 @@ class PngWriter {
     png_set_write_fn(png_, this, onWrite, nullptr);
     png_set_user_limits(png_, 0x7fffffff, 0x7fffffff);
     const int depth = image.isWide() ? 16 : 8;
-    png_set_IHDR(png_, info_, image.width(), image.height(), depth,
-                 image.channels() == 1 ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB,
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    const int colours = image.channels() == 1   ? PNG_COLOR_TYPE_GRAY
+                        : image.channels() == 3 ? PNG_COLOR_TYPE_RGB
+                                                : PNG_COLOR_TYPE_RGB_ALPHA;
+    png_set_IHDR(png_, info_, image.width(), image.height(), depth, colours, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     if (bits < depth) {
       const png_byte byte = static_cast<png_byte>(bits);
-      const png_color_8 significant = {byte, byte, byte, byte, 0};
+      const png_color_8 significant = {byte, byte, byte, byte, byte};
       png_set_sBIT(png_, info_, &significant);
     }
     png_write_info(png_, info_);
@@ -199,8 +209,8 @@ class PngWriter {
 
 }  // namespace
 
-Image parsePng(ByteView file) {
-  return PngReader(file).read();
+Image parsePng(ByteView file, Transparency transparency) {
+  return PngReader(file, transparency).read();
 }
 
 Bytes formatPng(const Image& image) {

@@ -8,13 +8,15 @@
 
 namespace orbhost {
 
-// Palettes are looked up, samples of less than 8 bits scaled to 8, and transparency is dropped.
-// Where the file says that fewer bits are significant (sBIT), and no sample holds more, the
-// picture's maximum has as many bits.
-Image parsePng(ByteView file);
+enum class Transparency { kDropped, kKept };
 
-// A grey or RGB picture, with 8 or 16 bits to a sample. If its maximum has another number of bits,
-// the file says so.
+// Palettes are looked up, samples of less than 8 bits scaled to 8. Transparency is dropped, or it
+// makes any picture that has it one of four channels, RGBA. Where the file says that fewer bits are
+// significant (sBIT), and no sample holds more, the picture's maximum has as many bits.
+Image parsePng(ByteView file, Transparency transparency = Transparency::kDropped);
+
+// A grey, RGB or RGBA picture, with 8 or 16 bits to a sample. If its maximum has another number of
+// bits, the file says so.
 Bytes formatPng(const Image& image);
 
 }  // namespace orbhost

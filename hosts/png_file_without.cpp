@@ -4,7 +4,7 @@
 
 namespace orbhost {
 
-Image parsePng(ByteView) {
+Image parsePng(ByteView, Transparency) {
   throw Error("this orb was built without libpng and reads no PNG");
 }
 

@@ -25,9 +25,14 @@
 #define ORB90LEGACY_H
 
 #include "orb90legacy/compress.h"
+#include "orb90legacy/dv.h"
+#include "orb90legacy/image.h"
+#include "orb90legacy/image_resize.h"
 #include "orb90legacy/jpeg.h"
 #include "orb90legacy/jpeg2k.h"
+#include "orb90legacy/jpegxr.h"
 #include "orb90legacy/library.h"
+#include "orb90legacy/side.h"
 #include "orb90legacy/status.h"
 #include "orb90legacy/types.h"
 

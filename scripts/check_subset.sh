@@ -38,7 +38,7 @@ for build in px w7 v8 s8 p8 g9 h9; do
 done
 
 export LD_LIBRARY_PATH="$directory"
-ldd "$tests" | grep -q "=> $library " || {
+ldd "$tests" | grep -q "=> $library\.[0-9]* " || {
   echo "$tests does not load $library"
   exit 1
 }

@@ -69,6 +69,67 @@ for colour in cmyk ycck; do
   same out.ppm decode inks.jpg out.ppm
 done
 
+for subsampling in 444 422 420; do
+  for overlap in 0 1 2; do
+    for quality in 10 80 100; do
+      for picture in scene deep; do
+        compare coded.jxr jxr encode --subsampling $subsampling --overlap $overlap \
+          --quality $quality ../$picture.ppm coded.jxr
+        compare out.ppm jxr decode coded.jxr out.ppm
+      done
+    done
+    compare tiles.jxr jxr encode --subsampling $subsampling --overlap $overlap --quantiser 40 \
+      --order frequency --trim 2 --tile 160x64 ../scene.ppm tiles.jxr
+    compare out.ppm jxr decode tiles.jxr out.ppm
+  done
+done
+compare inks.jxr jxr encode ../inks.pam inks.jxr
+compare out.pam jxr decode inks.jxr out.pam
+for picture in scene deep; do
+  compare out.tif tiff pack ../$picture.ppm out.tif
+  compare out.pnm tiff unpack out.tif out.pnm
+done
+for pixels in bgr555 bgr565; do
+  compare out.yuv yuv encode --layout i422 --pixels $pixels ../scene.ppm out.yuv
+  for layout in i420 yv12 yuyv; do
+    compare out.yuv yuv encode --layout $layout --pixels $pixels ../scene.ppm out.yuv
+    compare out.bmp yuv decode --layout $layout --pixels $pixels --size 1024x512 out.yuv out.bmp
+  done
+done
+
+# Pictures of one, three and four channels by every image operation.
+"$reference" jpeg encode --sampling grey "$work/scene.ppm" "$work/grey.jpg"
+"$reference" jpeg decode "$work/grey.jpg" "$work/grey.pgm"
+for picture in grey.pgm scene.ppm inks.pam; do
+  out=out.${picture##*.}
+  for mask in 3 5; do
+    for kind in gauss hipass laplace lowpass; do
+      compare $out image filter $kind --mask $mask ../$picture $out
+    done
+  done
+  compare $out image dilate ../$picture $out
+  compare $out image erode ../$picture $out
+  for angle in 90 180 270; do
+    compare $out image rotate $angle --fit ../$picture $out
+  done
+  for method in nearest linear lagrange catmullrom; do
+    compare $out image rotate 33.3 --fit --smooth --method $method ../$picture $out
+    compare $out image warp 20,10 500,-30.5 470,420 -40,300 --method $method ../$picture $out
+  done
+  compare $out image resize 341x217 --method area ../$picture $out
+  compare $out image resize --scale 0.25 --method area ../$picture $out
+  for method in nearest linear lagrange bspline catmullrom b05c03 lanczos; do
+    compare $out image resize 1391x700 --method $method ../$picture $out
+    compare $out image resize --scale 0.37 --edge fade --method $method ../$picture $out
+    compare $out image resize 341x217 --antialias --method $method ../$picture $out
+  done
+done
+
+tail -c $((1024 * 512 * 2)) "$work/inks.pam" >"$work/frame.yuv"
+for method in nearest linear lagrange area; do
+  compare out.yuv image resize-yuv 1024x512 318x200 --method $method ../frame.yuv out.yuv
+done
+
 cat hosts/*.cpp hosts/*/*.cpp >"$work/text"
 for file in text scene.ppm; do
   for level in fast chain lazy; do
@@ -82,6 +143,20 @@ for file in text scene.ppm; do
     compare stdout gunzip --format $format -c ../coded
   done
   compare stdout gzip --format zlib --dictionary ../text -c ../$file
+done
+
+# A clip of each kind of DV, whole and with a part that is not.
+for kind in '720x480 yuv411p 30000/1001' '720x576 yuv420p 25' '720x480 yuv422p 30000/1001' \
+  '1280x1080 yuv422p 30000/1001' '960x720 yuv422p 60000/1001'; do
+  set -- $kind
+  ffmpeg -v error -nostdin -y -f lavfi -i "testsrc2=s=$1:r=$3,noise=alls=20:allf=t+u:all_seed=1" \
+    -frames:v 2 -pix_fmt "$2" -r "$3" -flags +ildct+bitexact -threads 1 -c:v dvvideo -f rawvideo \
+    "$work/clip.dv"
+  compare stdout dv decode ../clip.dv -
+  head -c 150000 "$work/clip.dv" >"$work/damaged.dv"
+  cat "$work/text" >>"$work/damaged.dv"
+  tail -c 300000 "$work/clip.dv" >>"$work/damaged.dv"
+  compare stdout dv decode ../damaged.dv -
 done
 
 [ $status -ne 0 ] || echo "$same files of $2 are those of $1"

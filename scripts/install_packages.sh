@@ -16,19 +16,26 @@ fi
 packages=
 for set in "$@"; do
   case $set in
-    build) packages="$packages g++ cmake ninja-build libcli11-dev libpng-dev" ;;
+    build)
+      packages="$packages g++ cmake ninja-build libcli11-dev"
+      packages="$packages libpng-dev libsndfile1-dev libfreetype-dev fonts-dejavu-core"
+      ;;
     test)
-      packages="$packages googletest binutils libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
+      packages="$packages googletest binutils pkg-config"
+      packages="$packages libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
+      packages="$packages libopenjp2-tools libjxr-tools"
       packages="$packages zlib1g-dev libdeflate-dev libzopfli-dev pigz zopfli libdeflate-tools"
       packages="$packages libdivsufsort-dev bzip2"
-      packages="$packages libopenjp2-tools"
+      packages="$packages libopencv-imgproc-dev libeigen3-dev libtiff-dev libtiff-tools sox"
       ;;
     bench)
-      packages="$packages libbenchmark-dev libjpeg62-turbo-dev zlib1g-dev libdeflate-dev libisal-dev"
-      packages="$packages libdivsufsort-dev"
-      packages="$packages libopenjp2-7-dev"
+      packages="$packages libbenchmark-dev"
+      packages="$packages libjpeg62-turbo-dev libopenjp2-7-dev libjxr-dev"
+      packages="$packages zlib1g-dev libdeflate-dev libisal-dev libdivsufsort-dev"
+      packages="$packages libopencv-imgproc-dev libeigen3-dev libtiff-dev libyuv-dev"
+      packages="$packages pkg-config libavcodec-dev libavutil-dev libdv4-dev"
       ;;
-    i386) packages="$packages g++-multilib" ;;
+    i386) packages="$packages g++-multilib qemu-user" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
     fuzz) packages="$packages clang libclang-rt-14-dev" ;;
     format) packages="$packages clang-format" ;;

@@ -354,61 +354,92 @@ struct HuffReader {
   }
 };
 
-// What the next bits stand for: the code's length above the byte; or 0 if they say too little, or
-// are eight zeros.
-constexpr Orb32s kTableBits = 11;
+// What the next bits stand for: one byte, or two if both of their codes are there. The bytes are at
+// the low end, then the length of the codes and the number of bytes. 0 if the bits say too little,
+// or if there are eight zeros.
+constexpr Orb32u kTableBits = 11;
+constexpr Orb32u kTableSize = 1 << kTableBits;
 struct HuffTable {
-  Orb16u entry[1 << kTableBits];
+  Orb32u entry[kTableSize];
 };
+constexpr Orb32u tableEntry(Orb32u bytes, Orb32u length, Orb32u count) {
+  return bytes | length << 16 | count << 24;
+}
+constexpr Orb32u lengthOf(Orb32u entry) {
+  return entry >> 16 & 255;
+}
 
 inline void makeHuffTable(const OrbHuffState& state, HuffTable& table) {
   const Orb32s maxLen = state.maxLen;
+  const Orb32s unused = static_cast<Orb32s>(kTableBits) - maxLen;
+  Orb32u single[kTableSize];
   Orb32u end;
-  for (Orb32u first = 0; first < 1u << kTableBits; first = end) {
+  for (Orb32u first = 0; first < kTableSize; first = end) {
     end = first + 1;
-    table.entry[first] = 0;
+    single[first] = 0;
     if (first >> (kTableBits - 8) == 0) continue;
-    const Orb32u bits =
-        maxLen < kTableBits ? first >> (kTableBits - maxLen) : first << (maxLen - kTableBits);
+    const Orb32u bits = unused > 0 ? first >> unused : first << -unused;
     const HuffSymbol symbol = findSymbol(state, bits, maxLen);
-    if (symbol.length == 0 || symbol.length > kTableBits) continue;
+    const Orb32u length = static_cast<Orb32u>(symbol.length);
+    if (length == 0 || length > kTableBits) continue;
     // Codes begin at multiples of what they span; this one perhaps among those of eight zeros.
-    end = (first | ((1u << (kTableBits - symbol.length)) - 1)) + 1;
-    const Orb16u entry = static_cast<Orb16u>(symbol.length << 8 | symbol.byte);
-    for (Orb32u i = first; i < end; ++i) table.entry[i] = entry;
+    end = (first | ((1u << (kTableBits - length)) - 1)) + 1;
+    for (Orb32u i = first; i < end; ++i) single[i] = tableEntry(symbol.byte, length, 1);
+  }
+  for (Orb32u i = 0; i < kTableSize; ++i) {
+    const Orb32u one = single[i];
+    const Orb32u two = single[(i << lengthOf(one)) % kTableSize];
+    const Orb32u length = lengthOf(one) + lengthOf(two);
+    const bool isPair = one != 0 && two != 0 && length <= kTableBits;
+    table.entry[i] = isPair ? tableEntry((one & 255) | (two & 255) << 8, length, 2) : one;
   }
 }
 
 // Decodes while there is enough of everything and no code begins with eight zeros, and returns the
-// number of bytes stored, at most `room`. Whole bytes that were not used are given back to the
+// number of bytes stored, fewer than `room`. Whole bytes that were not used are given back to the
 // source. There are no zero bits in front, before and after.
 inline Orb32s decodeByTable(const HuffTable& table, const OrbHuffState& state, HuffReader& reader,
                             Orb8u* dst, Orb32s room) {
   const Orb8u* const start = reader.at;
+  const Orb8u* const end = reader.end;
   const Orb32s maxLen = state.maxLen;
   const Orb8u* at = start;
   uint64_t bits = static_cast<uint64_t>(reader.bits) << 32;
   Orb32s count = reader.count;
   Orb32s written = 0;
-  while (reader.end - at >= 8 && written < room) {
+  // Two bytes are stored even for one. What the second place held comes back in the end.
+  Orb8u held = 0;
+  bool isHeld = false;
+  bool goesOn = true;
+  while (goesOn && end - at >= 8 && written < room - 8) {
     bits |= __builtin_bswap64(load(reinterpret_cast<const uint64_t*>(at))) >> count;
     at += (63 - count) >> 3;
     count |= 56;
-    HuffSymbol symbol;
-    while (count >= 32 && written < room) {
+    for (int lookup = 0; lookup < 4; ++lookup) {
       const Orb32u entry = table.entry[bits >> (64 - kTableBits)];
-      symbol = {static_cast<Orb8u>(entry), static_cast<Orb32s>(entry >> 8)};
-      if (entry == 0) {
-        if (bits >> 56 == 0) break;
-        symbol = findSymbol(state, static_cast<Orb32u>(bits >> (64 - maxLen)), maxLen);
-        if (symbol.length == 0) break;
+      if (entry != 0) {
+        held = dst[written + 1];
+        isHeld = entry >> 24 == 1;
+        store(reinterpret_cast<Orb16u*>(dst + written), static_cast<Orb16u>(entry));
+        written += static_cast<Orb32s>(entry >> 24);
+        bits <<= lengthOf(entry);
+        count -= static_cast<Orb32s>(lengthOf(entry));
+        continue;
       }
+      // A long code is the last before more bits are fetched, and may have to wait for them itself.
+      if (count < kLongestCode) break;
+      const HuffSymbol symbol =
+          bits >> 56 == 0 ? HuffSymbol{}
+                          : findSymbol(state, static_cast<Orb32u>(bits >> (64 - maxLen)), maxLen);
+      goesOn = symbol.length != 0;
+      if (goesOn) dst[written++] = symbol.byte;
+      isHeld = isHeld && !goesOn;
       bits <<= symbol.length;
       count -= symbol.length;
-      dst[written++] = symbol.byte;
+      break;
     }
-    if (symbol.length == 0) break;
   }
+  if (isHeld) dst[written] = held;
   const Orb32s unused = count >> 3;
   const ptrdiff_t taken = at - start;
   const Orb32s back = unused < taken ? unused : static_cast<Orb32s>(taken);
@@ -438,7 +469,7 @@ inline Orb32s orbDecodeHuff(const Orb8u* src, Orb32s srcLen, Orb8u* dst, Orb32s 
   Orb32s written = 0;
   while (written < room) {
     if (hasTable && reader.zeroBits == 0) {
-      written += decodeByTable(table, state, reader, dst + written, room - written - 1);
+      written += decodeByTable(table, state, reader, dst + written, room - written);
     }
     reader.fill();
     if (reader.zeroBits >= maxLen) {

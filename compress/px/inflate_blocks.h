@@ -325,7 +325,7 @@ template <class Output>
   in.at = bits.at - unused;
   in.count = (count - static_cast<Orb32u>(unused) * 8) % 32;
   in.bits = static_cast<Orb32u>(bits.bits) & ((1u << in.count) - 1);
-  output = out;
+  output.at = out.at;
 }
 
 // ---- The machine

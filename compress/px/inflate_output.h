@@ -88,27 +88,17 @@ struct WideStep {
 constexpr ptrdiff_t kOvershoot = 2 * sizeof(WideStep);
 
 struct ByteOutput {
+  const History& before;
+  OrbLZ77DecState& state;  // keeps the rest of a match that the room was too small for
   Orb8u* begin;
   Orb8u* at;
   Orb8u* end;
-  History history;
-  // The rest of a match that the room was too small for.
-  Orb32u pendingLength;
-  Orb32u pendingDistance;
 
-  ByteOutput(Orb8u** ppDst, const Orb32s* pDstLen, const History& before,
-             const OrbLZ77DecState& state)
-      : begin(load(ppDst)),
-        at(begin),
-        end(begin + load(pDstLen)),
-        history(before),
-        pendingLength(static_cast<Orb32u>(state.pendingLength)),
-        pendingDistance(static_cast<Orb32u>(state.pendingDistance)) {}
-  void close(Orb8u** ppDst, Orb32s* pDstLen, OrbLZ77DecState& state) const {
+  ByteOutput(Orb8u** ppDst, const Orb32s* pDstLen, const History& history, OrbLZ77DecState& record)
+      : before(history), state(record), begin(load(ppDst)), at(begin), end(begin + load(pDstLen)) {}
+  void close(Orb8u** ppDst, Orb32s* pDstLen) const {
     store(ppDst, at);
     store(pDstLen, static_cast<Orb32s>(end - at));
-    state.pendingLength = static_cast<Orb32s>(pendingLength);
-    state.pendingDistance = static_cast<Orb32s>(pendingDistance);
   }
 
   bool isFull() const { return at == end; }
@@ -120,24 +110,25 @@ struct ByteOutput {
   [[gnu::always_inline]] void putMatch(Orb16u length, Orb32u distance) {
     const size_t written = static_cast<size_t>(at - begin);
     if (!hasRoomFor(length + kOvershoot)) {
-      *this = withMatch(*this, length, distance);
+      at = copyMatch(*this, length, distance);
     } else if (distance - 1 < written) {
       putRepetition(length, distance);
     } else {
       const Orb32u back = distance - static_cast<Orb32u>(written);
-      const Orb32u from = history.indexOf(back);
-      if (length <= back && from + length <= history.size) {
-        copySteps(at, history.area + from, length);
+      const Orb32u from = before.indexOf(back);
+      if (length <= back && from + length <= before.size) {
+        copySteps(at, before.area + from, length);
         at += length;
       } else {
-        *this = withMatch(*this, length, distance);
+        at = copyMatch(*this, length, distance);
       }
     }
   }
 
   // Goes on with the match that waits.
   void putPending() {
-    if (pendingLength > 0) *this = withMatch(*this, pendingLength, pendingDistance);
+    const Orb32u length = static_cast<Orb32u>(state.pendingLength);
+    if (length > 0) at = copyMatch(*this, length, static_cast<Orb32u>(state.pendingDistance));
   }
 
  private:
@@ -173,20 +164,20 @@ struct ByteOutput {
     }
   }
 
-  // The same to the byte, and from the history too. By value, so that callers' outputs stay in
-  // registers. A distance of 0 stands in a damaged record only, and counts as 1.
-  [[gnu::noinline]] static ByteOutput withMatch(ByteOutput out, Orb32u length, Orb32u distance) {
+  // The same to the byte, and from the history too. A distance of 0 stands in a damaged record
+  // only, and counts as 1.
+  [[gnu::noinline]] static Orb8u* copyMatch(ByteOutput out, Orb32u length, Orb32u distance) {
     if (distance == 0) distance = 1;
     const Orb32u room = static_cast<Orb32u>(out.end - out.at);
     Orb32u n = length < room ? length : room;
-    out.pendingLength = length - n;
-    out.pendingDistance = distance;
+    out.state.pendingLength = static_cast<Orb32s>(length - n);
+    out.state.pendingDistance = static_cast<Orb32s>(distance);
     const Orb32u written = static_cast<Orb32u>(out.at - out.begin);
     if (distance > written) {
       const Orb32u back = distance - written;
-      const Orb32u before = n < back ? n : back;
-      out.at = copyFromHistory(out.history, back, before, out.at);
-      n -= before;
+      const Orb32u fromBefore = n < back ? n : back;
+      out.at = copyFromHistory(out.before, back, fromBefore, out.at);
+      n -= fromBefore;
     }
     // Each step doubles what can be repeated at once.
     const Orb8u* const from = out.at - distance;
@@ -197,7 +188,7 @@ struct ByteOutput {
       out.at += step;
       n -= step;
     }
-    return out;
+    return out.at;
   }
 };
 

@@ -21,8 +21,8 @@ inline OrbStatus orbExpandPairs(OrbLZ77Pair*& pairs, const OrbLZ77Pair* end, Byt
     }
   }
   pairs = at;
-  output = out;
-  return at != end || out.pendingLength > 0 ? orbStsDstFull : orbStsNoErr;
+  output.at = out.at;
+  return at != end || out.state.pendingLength != 0 ? orbStsDstFull : orbStsNoErr;
 }
 
 }  // namespace orb::ORB_BUILD::plain

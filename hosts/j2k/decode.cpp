@@ -46,6 +46,7 @@ Decoded decodeJ2k(ByteView file, const DecodeOptions& options) {
   const Codestream codestream(file, decoded.jp2.codestreamFirst, decoded.jp2.codestreamEnd, damage);
   Budget budget(file.size, options.freeSamples);
   decoded.components = makeComponents(codestream.size(), options.reduce, budget);
+  TileMemory memory;
   bool isAnyDecoded = false;
   for (uint32_t tile = 0; tile < codestream.tileCount(); ++tile) {
     const std::string name = "tile " + std::to_string(tile);
@@ -54,8 +55,8 @@ Decoded decodeJ2k(ByteView file, const DecodeOptions& options) {
       continue;
     }
     try {
-      decodeTile(codestream, tile, {options.reduce, options.layers}, decoded.components, budget,
-                 damage);
+      decodeTile(codestream, tile, {options.reduce, options.layers}, decoded.components, memory,
+                 budget, damage);
       isAnyDecoded = true;
     } catch (const Error& error) {
       damage.note(name + ": " + error.what());

@@ -58,17 +58,19 @@ PacketReader::PacketReader(const PictureSize& size, const Tile& tile, const Tile
       precincts_(static_cast<size_t>(tile.precinctCount())) {
   try {
     Packet packet;
-    while (sequence_.next(packet)) readPacket(packet);
+    while (sequence_.next(packet) && readPacket(packet)) {
+    }
   } catch (const Error& error) {
     damage_.note(error.what());
   }
 }
 
-void PacketReader::readPacket(const Packet& packet) {
+// False if there is no packet any more: a codestream may be cut at packets to save bytes.
+bool PacketReader::readPacket(const Packet& packet) {
   while (body_.size == 0 && nextBody_ < data_.bodies.size()) body_ = data_.bodies[nextBody_++];
   skipMarker(body_, kSop, 6);
   ByteView& headers = data_.packsHeaders ? headers_ : body_;
-  if (headers.size == 0) throw Error("a tile ends before its last packet");
+  if (headers.size == 0) return false;
 
   pieces_.clear();
   HeaderBits bits(headers);
@@ -92,6 +94,7 @@ void PacketReader::readPacket(const Packet& packet) {
     if (isWanted && passes > 0) append(piece, body_, passes);
     throw Error("a tile ends within a packet");
   }
+  return true;
 }
 
 void PacketReader::skipMarker(ByteView& bytes, int marker, size_t length) {

@@ -49,8 +49,9 @@ int segmentPassesFrom(int pass, int blockStyle);
 
 class PacketReader {
  public:
-  // Reads all packets. What is wrong with them is damage, and ends the reading; what was read
-  // stands. Layers from `layers` on and the highest `reduction` resolutions are passed over.
+  // Reads all packets, or as many as there are. What is wrong with them is damage, and ends the
+  // reading; what was read stands. Layers from `layers` on and the highest `reduction` resolutions
+  // are passed over.
   PacketReader(const PictureSize& size, const Tile& tile, const TileCoding& coding,
                const TileData& data, int reduction, int layers, Budget& budget, Damage& damage);
 
@@ -67,7 +68,7 @@ class PacketReader {
     uint32_t passes;
   };
 
-  void readPacket(const Packet& packet);
+  bool readPacket(const Packet& packet);
   void readHeader(const Packet& packet, HeaderBits& bits);
   void readBlock(PrecinctBand& band, uint32_t column, uint32_t row, const Packet& packet,
                  HeaderBits& bits);

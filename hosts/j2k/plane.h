@@ -17,10 +17,10 @@ class Plane {
   static constexpr int kMargin = 4;
 
   Plane() = default;
-  // All are 0.
-  Plane(uint32_t width, uint32_t height) { reset(width, height); }
+  Plane(uint32_t width, uint32_t height) { reshape(width, height); }
 
-  void reset(uint32_t width, uint32_t height) {
+  // Gives it a size; samples are whatever they were, or 0 if they are new.
+  void reshape(uint32_t width, uint32_t height) {
     const uint64_t rowSamples = uint64_t{width} + 2 * kMargin;
     if (height != 0 && width != 0) {
       checkCanBeHeld(static_cast<int>(width), static_cast<int>(height),
@@ -28,7 +28,12 @@ class Plane {
     }
     width_ = static_cast<int>(width);
     height_ = static_cast<int>(height);
-    samples_.assign(static_cast<size_t>(rowSamples) * height, T{});
+    samples_.resize(static_cast<size_t>(rowSamples) * height);
+  }
+  // The same, and all samples are 0.
+  void reset(uint32_t width, uint32_t height) {
+    samples_.clear();
+    reshape(width, height);
   }
 
   int width() const { return width_; }

@@ -55,13 +55,14 @@ class TileDecoder {
  public:
   TileDecoder(const PictureSize& size, const Tile& tile, const TileCoding& coding,
               const PacketReader& packets, int reduction, std::vector<Component>& components,
-              Damage& damage)
+              TileMemory& memory, Damage& damage)
       : size_(size),
         tile_(tile),
         coding_(coding),
         packets_(packets),
         reduction_(reduction),
         components_(components),
+        memory_(memory),
         damage_(damage) {}
 
   void run() {
@@ -69,9 +70,9 @@ class TileDecoder {
     if (coding_.style.transformsComponents) {
       if (canTransform()) {
         if (coding_.components[0].style.isReversible) {
-          decodeTogether<Orb32s>();
+          decodeTogether(memory_.integers);
         } else {
-          decodeTogether<Orb32f>();
+          decodeTogether(memory_.floats);
         }
         c = 3;
       } else {
@@ -80,9 +81,9 @@ class TileDecoder {
     }
     for (; c < static_cast<int>(components_.size()); ++c) {
       if (coding_.components[c].style.isReversible) {
-        decodeAlone<Orb32s>(c);
+        decodeAlone(c, memory_.integers);
       } else {
-        decodeAlone<Orb32f>(c);
+        decodeAlone(c, memory_.floats);
       }
     }
   }
@@ -100,20 +101,21 @@ class TileDecoder {
   }
 
   template <class T>
-  void decodeTogether() {
-    Plane<T> planes[3];
-    for (int c = 0; c < 3; ++c) decodePlane(c, planes[c]);
-    for (int y = 0; y < planes[0].height(); ++y) {
-      T* const rows[3] = {planes[0].row(y), planes[1].row(y), planes[2].row(y)};
-      if (planes[0].width() > 0) inverseTransform(rows, planes[0].step(), planes[0].width());
-      for (int c = 0; c < 3; ++c) put(planes[c], c, y);
+  void decodeTogether(TileMemory::Planes<T>& memory) {
+    for (int c = 0; c < 3; ++c) decodePlane(c, memory.components[c], memory.bands);
+    const int width = memory.components[0].width();
+    for (int y = 0; width > 0 && y < memory.components[0].height(); ++y) {
+      T* const rows[3] = {memory.components[0].row(y), memory.components[1].row(y),
+                          memory.components[2].row(y)};
+      inverseTransform(rows, memory.components[0].step(), width);
+      for (int c = 0; c < 3; ++c) put(memory.components[c], c, y);
     }
   }
 
   template <class T>
-  void decodeAlone(int c) {
-    Plane<T> plane;
-    decodePlane(c, plane);
+  void decodeAlone(int c, TileMemory::Planes<T>& memory) {
+    Plane<T>& plane = memory.components[0];
+    decodePlane(c, plane, memory.bands);
     for (int y = 0; y < plane.height(); ++y) put(plane, c, y);
   }
 
@@ -128,7 +130,7 @@ class TileDecoder {
 
   // The samples of a component, from its lowest resolution up.
   template <class T>
-  void decodePlane(int c, Plane<T>& plane) {
+  void decodePlane(int c, Plane<T>& plane, BandPlanes<T>& bands) {
     const std::vector<Resolution>& resolutions = tile_.components[c].resolutions;
     BlockDecoder blocks(coding_.components[c], size_.components[c].precision, packets_, damage_);
     const auto decodeBand = [&](const Resolution& resolution, size_t band, Plane<T>& to) {
@@ -136,14 +138,13 @@ class TileDecoder {
       blocks.decodeBand(resolution, band, to);
     };
     decodeBand(resolutions[0], 0, plane);
-    BandPlanes<T> bands;
     for (size_t r = 1; r + static_cast<size_t>(reduction_) < resolutions.size(); ++r) {
       const Resolution& resolution = resolutions[r];
       std::swap(bands.ll, plane);
       decodeBand(resolution, 0, bands.hl);
       decodeBand(resolution, 1, bands.lh);
       decodeBand(resolution, 2, bands.hh);
-      plane.reset(resolution.rect.width(), resolution.rect.height());
+      plane.reshape(resolution.rect.width(), resolution.rect.height());
       inverseWavelet(resolution.rect, bands, plane);
     }
   }
@@ -154,13 +155,15 @@ class TileDecoder {
   const PacketReader& packets_;
   const int reduction_;
   std::vector<Component>& components_;
+  TileMemory& memory_;
   Damage& damage_;
 };
 
 }  // namespace
 
 void decodeTile(const Codestream& codestream, uint32_t index, const TileOptions& options,
-                std::vector<Component>& components, Budget& budget, Damage& damage) {
+                std::vector<Component>& components, TileMemory& memory, Budget& budget,
+                Damage& damage) {
   budget.takeTileComponents(components.size());
   const PictureSize& size = codestream.size();
   const TileCoding coding = codestream.codingOf(index);
@@ -175,7 +178,7 @@ void decodeTile(const Codestream& codestream, uint32_t index, const TileOptions&
   for (size_t i = 1; i < coding.changes.size(); ++i) budget.takePrecincts(tile.precinctCount());
   const PacketReader packets(size, tile, coding, codestream.tile(index), options.reduction,
                              options.layers, budget, damage);
-  TileDecoder(size, tile, coding, packets, options.reduction, components, damage).run();
+  TileDecoder(size, tile, coding, packets, options.reduction, components, memory, damage).run();
 }
 
 }  // namespace orbhost::j2k

@@ -8,6 +8,7 @@
 #include "hosts/j2k/budget.h"
 #include "hosts/j2k/codestream.h"
 #include "hosts/j2k/damage.h"
+#include "hosts/j2k/inverse_wavelet.h"
 #include "hosts/j2k/layout.h"
 
 namespace orbhost::j2k {
@@ -30,10 +31,22 @@ struct TileOptions {
   int layers;     // how many to decode
 };
 
+// Memory for one tile after the other.
+struct TileMemory {
+  template <class T>
+  struct Planes {
+    Plane<T> components[3];
+    BandPlanes<T> bands;
+  };
+  Planes<Orb32s> integers;
+  Planes<Orb32f> floats;
+};
+
 // Decodes a tile into its place in the components. Throws an Error if its headers allow no
 // decoding.
 void decodeTile(const Codestream& codestream, uint32_t tile, const TileOptions& options,
-                std::vector<Component>& components, Budget& budget, Damage& damage);
+                std::vector<Component>& components, TileMemory& memory, Budget& budget,
+                Damage& damage);
 
 }  // namespace orbhost::j2k
 

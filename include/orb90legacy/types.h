@@ -40,7 +40,7 @@ typedef struct OrbiSize {
   Orb32s height;
 } OrbiSize;
 
-/* A region by its first column and row and its size. Passed by address. */
+/* A region by its first column and row and its size. */
 typedef struct OrbiRect {
   Orb32s x;
   Orb32s y;

@@ -539,7 +539,7 @@ ORB_MEANING(orbsDecodeLZ77DynamicHuff_8u, CodeOfOneLiteral) {
     }
     // A literal, over and over.
     const std::string literal = headerOf(lengthsOf(257, {{'q', length}}), kTwoDistances).bits();
-    EXPECT_EQ(statusOf(build, literal + std::string(bits * 300, '0')),
+    EXPECT_EQ(statusOf(build, literal + std::string(bits * 40, '0')),
               length <= 10 ? orbStsSrcShort : bad);
   }
 }
@@ -835,11 +835,11 @@ ORB_MEANING(orbsDecodeLZ77StoredBlock_8u, HeldBytes) {
 // The ring goes round: literals, matches and stored bytes, in calls of all sizes.
 ORB_MEANING(orbsDecodeLZ77DynamicHuffFull_8u, WhatCameBefore) {
   Random random("ring");
-  for (const size_t room : {1000u, 5000u, 32767u, 32768u, 32769u, 99999u}) {
+  for (const size_t room : {1000u, 32767u, 32768u, 32769u, 99999u}) {
     SCOPED_TRACE(room);
     Bytes text;
     std::string bits;
-    while (text.size() < 150000) {
+    while (text.size() < 100000) {
       const size_t start = text.size();
       if (random.oneIn(2)) {
         const Bytes bytes = randomBytes(
@@ -1017,7 +1017,7 @@ ORB_MEANING(orbsDecodeLZ77FixedHuff_8u, OtherFlushes) {
 
 // All calls of a stream, cut and damaged, in records that begin with the same bytes.
 void agreeOnStreams(const TestBuild& build, Random& random, Route route) {
-  for (int round = 0; round < 60; ++round) {
+  for (int round = 0; round < 30; ++round) {
     RandomStream stream = randomStream(random, 3, 100);
     for (int n = random.between(0, 3); n > 0; --n) {
       stream.bytes[random.between<size_t>(0, stream.bytes.size() - 1)] = random.any<Orb8u>();

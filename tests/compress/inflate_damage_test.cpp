@@ -113,7 +113,7 @@ Bytes damagedStream(Random& random) {
 // Slow as it is, the model sees some of the streams; the builds see all of them.
 void expectModel(const TestBuild& build, Route route) {
   Random random("damage for the model");
-  for (int round = rounds(300); round > 0; --round) {
+  for (int round = rounds(150); round > 0; --round) {
     const Bytes stream = damagedStream(random);
     const size_t room = random.oneIn(3) ? random.between<size_t>(1, 40) : 3000;
     InflateModel model(before());
@@ -134,7 +134,7 @@ ORB_MEANING(orbsDecodeLZ77DynamicHuff_8u, DamagedStreams) {
 
 TEST(InflateDamage, EveryBuildDoesTheSame) {
   Random random("damage");
-  for (int round = rounds(4000); round > 0; --round) {
+  for (int round = rounds(3000); round > 0; --round) {
     const Bytes stream = damagedStream(random);
     const size_t room = random.oneIn(3) ? random.between<size_t>(1, 40) : 3000;
     for (const Route route : {Route::kBytes, Route::kPairs}) {
@@ -152,7 +152,7 @@ TEST(InflateDamage, EveryBuildDoesTheSame) {
 // In the middle of a stream, where fields and tables are in use.
 TEST(InflateDamage, DamagedRecords) {
   Random random("records");
-  for (int round = rounds(3000); round > 0; --round) {
+  for (int round = rounds(1000); round > 0; --round) {
     const Route route = round % 2 == 0 ? Route::kBytes : Route::kPairs;
     const RandomStream stream = randomStream(random, 2, 0);
     const Bytes front(stream.bytes.begin(),

@@ -73,7 +73,7 @@ TEST(Free, GivesBackToTheHeap) {
   std::_Exit(orb::orbMalloc(1000) ? 0 : 3);
 }
 TEST(Malloc, NothingIfTheHeapRefuses) {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(ORB_SANITIZED)
   GTEST_SKIP() << "the sanitizer's heap ends the program instead of refusing";
 #endif
   EXPECT_EXIT(askForTooMuch(), testing::ExitedWithCode(0), "");

@@ -12,7 +12,7 @@ namespace orbtest {
 // `call` returns whether it saw what it should, and the test fails if not.
 template <class Call>
 void expectWithoutMemory(Call call) {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(ORB_SANITIZED)
   GTEST_SKIP() << "the sanitizer's heap ends the program instead of refusing";
 #endif
   const auto tryIt = [&] {

@@ -45,6 +45,7 @@ class Plane {
     original_ = memory_;
   }
   Plane(Plane&&) = default;
+  Plane& operator=(Plane&&) = default;
 
   int width() const { return width_; }
   int height() const { return height_; }

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "hosts/jpeg/decode.h"
-#include "hosts/jpeg/encode.h"
 #include "hosts/jpeg/packed_decode.h"
+#include "tests/hosts/support/file_kinds.h"
 #include "tests/hosts/support/judges.h"
 #include "tests/hosts/support/pictures.h"
 #include "tests/hosts/support/segments.h"
@@ -21,12 +21,13 @@ using orbhost::ByteView;
 using orbhost::Error;
 using orbhost::jpeg::decodeJpeg;
 using orbhost::jpeg::DecodeOptions;
-using orbhost::jpeg::encodeJpeg;
-using orbhost::jpeg::EncodeOptions;
 using orbtest::draw;
+using orbtest::everyFileKind;
+using orbtest::FileKind;
 using orbtest::findMarker;
 using orbtest::GuardedBytes;
 using orbtest::Motif;
+using orbtest::smallFile;
 
 // Empty if there is a picture. A read behind the file's end is a fault.
 template <class Decode>
@@ -58,51 +59,6 @@ void decodeSomehow(const Bytes& file, orbtest::Random& random) {
   }
 }
 
-Bytes smallFile() {
-  EncodeOptions options;
-  options.restartInterval = 2;
-  options.optimize = true;
-  return encodeJpeg(draw(Motif::kScene, 50, 35, 3), options);
-}
-
-struct Kind {
-  std::string name;
-  Bytes file;
-};
-
-// A small file of each kind that there is.
-std::vector<Kind> everyKind() {
-  std::vector<Kind> kinds = {{"baseline", smallFile()}};
-  const auto add = [&](const char* name, int channels, int maximum, const EncodeOptions& options) {
-    const int size = options.lossless ? 11 : 25;
-    kinds.push_back(
-        {name, encodeJpeg(draw(Motif::kScene, size + 6, size, channels, maximum), options)});
-  };
-  EncodeOptions options;
-  options.progressive = true;
-  add("progressive", 3, 255, options);
-  options.restartInterval = 3;
-  add("progressive with restarts", 3, 255, options);
-  add("progressive grey", 1, 255, options);
-  options = {};
-  options.script = orbhost::jpeg::parseScript("0; 1 2;");
-  add("sequential scans", 3, 255, options);
-  options = {};
-  add("YCCK", 4, 255, options);
-  options.colours = orbhost::jpeg::ColourSpace::kCmyk;
-  add("CMYK", 4, 255, options);
-  for (const int predictor : {1, 7}) {
-    options = {};
-    options.lossless = orbhost::jpeg::LosslessOptions{predictor, 0, 0};
-    add("lossless grey", 1, 65535, options);
-    options.restartInterval = 2;
-    options.restartInRows = true;
-    options.lossless->pointTransform = 3;
-    add("lossless RGB", 3, 255, options);
-  }
-  return kinds;
-}
-
 Bytes withByte(Bytes file, size_t offset, int value) {
   file[offset] = static_cast<uint8_t>(value);
   return file;
@@ -112,7 +68,7 @@ Bytes withByte(Bytes file, size_t offset, int value) {
   EXPECT_NE(messageFor(file).find(text), std::string::npos) << messageFor(file)
 
 TEST(JpegDamage, EveryPrefixIsRefused) {
-  for (const auto& [name, file] : everyKind()) {
+  for (const auto& [name, file] : everyFileKind()) {
     SCOPED_TRACE(name);
     ASSERT_EQ(messageFor(file), "");
     for (size_t size = 0; size < file.size(); ++size) {
@@ -123,7 +79,7 @@ TEST(JpegDamage, EveryPrefixIsRefused) {
 
 TEST(JpegDamage, EveryByteMayBeWrong) {
   orbtest::Random random("EveryByteMayBeWrong");
-  for (const auto& [name, file] : everyKind()) {
+  for (const auto& [name, file] : everyFileKind()) {
     for (size_t i = 0; i < file.size(); ++i) {
       decodeSomehow(withByte(file, i, file[i] ^ 0xFF), random);
       decodeSomehow(withByte(file, i, file[i] ^ (1 << random.between(0, 7))), random);
@@ -134,7 +90,7 @@ TEST(JpegDamage, EveryByteMayBeWrong) {
 
 TEST(JpegDamage, EveryByteMayLackOrComeTwice) {
   orbtest::Random random("EveryByteMayLackOrComeTwice");
-  for (const auto& [name, file] : everyKind()) {
+  for (const auto& [name, file] : everyFileKind()) {
     for (size_t i = 0; i < file.size(); ++i) {
       Bytes damaged = file;
       damaged.erase(damaged.begin() + static_cast<long>(i));
@@ -148,7 +104,7 @@ TEST(JpegDamage, EveryByteMayLackOrComeTwice) {
 
 TEST(JpegDamage, AnyBytesMayBeWrong) {
   orbtest::Random random("AnyBytesMayBeWrong");
-  std::vector<Kind> kinds = everyKind();
+  std::vector<FileKind> kinds = everyFileKind();
   kinds.push_back(
       {"sampled down", orbtest::cjpeg(draw(Motif::kNoise, 40, 40, 3), {"-sample", "1x2"})});
   kinds.push_back(

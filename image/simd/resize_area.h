@@ -1,0 +1,49 @@
+// Rows of a resize by the mean of areas, over vectors.
+#ifndef ORB_IMAGE_SIMD_RESIZE_AREA_H
+#define ORB_IMAGE_SIMD_RESIZE_AREA_H
+
+#include "frame/vec_float.h"
+#include "image/px/resize_area.h"
+
+namespace orb::ORB_BUILD::simd {
+
+inline void orbSumRow(const Orb8u* row, Orb32f weight, bool isFirst, Orb32f* sums,
+                      ptrdiff_t samples) {
+  const F32 weights = splatF32(weight);
+  ptrdiff_t i = 0;
+  if (isFirst) {
+    for (; i + kF32Lanes <= samples; i += kF32Lanes) {
+      storeF32(sums + i, weights * loadF32(row + i));
+    }
+  } else {
+    for (; i + kF32Lanes <= samples; i += kF32Lanes) {
+      storeF32(sums + i, loadF32(sums + i) + weights * loadF32(row + i));
+    }
+  }
+  plain::orbSumRow(row + i, weight, isFirst, sums + i, samples - i);
+}
+
+// Rows are whole but for those that stand for rows outside of the image.
+inline void orbSumRow(const Orb8u* row, Orb32s weight, bool isFirst, Orb32s* sums,
+                      ptrdiff_t samples) {
+  if (weight != 1) return plain::orbSumRow(row, weight, isFirst, sums, samples);
+  ptrdiff_t i = 0;
+  for (; i + 16 <= samples; i += 16) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + i));
+    const __m128i low = _mm_unpacklo_epi8(bytes, zero);
+    const __m128i high = _mm_unpackhi_epi8(bytes, zero);
+    const __m128i four[4] = {_mm_unpacklo_epi16(low, zero), _mm_unpackhi_epi16(low, zero),
+                             _mm_unpacklo_epi16(high, zero), _mm_unpackhi_epi16(high, zero)};
+    __m128i* const place = reinterpret_cast<__m128i*>(sums + i);
+    for (int k = 0; k < 4; ++k) {
+      const __m128i before = isFirst ? zero : _mm_loadu_si128(place + k);
+      _mm_storeu_si128(place + k, _mm_add_epi32(before, four[k]));
+    }
+  }
+  plain::orbSumRow(row + i, weight, isFirst, sums + i, samples - i);
+}
+
+}  // namespace orb::ORB_BUILD::simd
+
+#endif
