@@ -113,14 +113,16 @@ template <class Form>
 // on to where there is no position left, or into a run that goes there.
 enum class BlockEnd { kWhole, kNoPosition, kRunTooLong };
 struct DecodedBlock {
+  BitReader reader;
   Orb32s count;
   BlockEnd end;
 };
 
-// Hands each level, with its sign, to `place`, with its position.
+// Hands each level, with its sign, to `place`, with its position. Reader and place come by value,
+// and the reader goes back so: then both stay in registers, whatever is stored in the state.
 template <class Form, class Place>
-inline DecodedBlock orbDecodeBlock(BitReader& reader, OrbiVLCState_JPEGXR& state,
-                                   BlockCoders coders, const Place& place) {
+inline DecodedBlock orbDecodeBlock(BitReader reader, OrbiVLCState_JPEGXR& state, BlockCoders coders,
+                                   Place place) {
   const CodedSymbol coded = peekSymbol(reader, state, coders.index);
   const Orb32u first = coded.symbol;
   orbCountSymbol(state, coders.index, first);
@@ -130,15 +132,15 @@ inline DecodedBlock orbDecodeBlock(BitReader& reader, OrbiVLCState_JPEGXR& state
   Orb32s level = first & 2 ? decodeLevel(reader, state, coders.level + context) : 1;
   Orb32s position = Form::kFirst;
   if ((first & 1) == 0) position += decodeRun(reader, state, Form::kLast - position);
-  if (position > Form::kLast) return {0, BlockEnd::kRunTooLong};
+  if (position > Form::kLast) return {reader, 0, BlockEnd::kRunTooLong};
   place(position, withSign(level, sign));
 
   Orb32s count = 1;
   for (; next != 0; ++count) {
-    if (++position > Form::kLast) return {count, BlockEnd::kNoPosition};
+    if (++position > Form::kLast) return {reader, count, BlockEnd::kNoPosition};
     if (next == 2) {
       position += decodeRun(reader, state, Form::kLast - position);
-      if (position > Form::kLast) return {count, BlockEnd::kRunTooLong};
+      if (position > Form::kLast) return {reader, count, BlockEnd::kRunTooLong};
     }
     const CodedSymbol later = peekIndex<Form>(reader, state, coders.index + 1 + context, position);
     sign = takeSign(reader, later.length);
@@ -147,7 +149,7 @@ inline DecodedBlock orbDecodeBlock(BitReader& reader, OrbiVLCState_JPEGXR& state
     level = later.symbol & 1 ? decodeLevel(reader, state, coders.level + context) : 1;
     place(position, withSign(level, sign));
   }
-  return {count, BlockEnd::kWhole};
+  return {reader, count, BlockEnd::kWhole};
 }
 
 // ---- Where levels go
