@@ -9,11 +9,11 @@
 
 namespace orb::ORB_BUILD::plain {
 
-inline OrbVlcCode codeOf(const OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32u symbol) {
+inline OrbVlcCode codeOf(const OrbiVLCState_JPEGXR& state, Orb32u coder, Orb32u symbol) {
   return orbVlcCodes[state.codes[coder] & kVlcLinkMask][symbol];
 }
 
-inline OrbVlcCode takeCode(OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32u symbol) {
+inline OrbVlcCode takeCode(OrbiVLCState_JPEGXR& state, Orb32u coder, Orb32u symbol) {
   orbCountSymbol(state, coder, symbol);
   return codeOf(state, coder, symbol);
 }
@@ -43,7 +43,7 @@ inline void encodeEscapedLevel(BitWriter& writer, Orb32u level) {
 }
 
 // A level of 2 or more.
-inline void encodeLevel(BitWriter& writer, OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32u level) {
+inline void encodeLevel(BitWriter& writer, OrbiVLCState_JPEGXR& state, Orb32u coder, Orb32u level) {
   if (level >= kLeastEscapedLevel) {
     const OrbVlcCode code = takeCode(state, coder, kLevelEscape);
     putBits(writer, code.bits, code.length);
@@ -71,7 +71,7 @@ inline void encodeRun(BitWriter& writer, const OrbiVLCState_JPEGXR& state, Orb32
 
 // The code of the index of a coefficient that is not the first.
 template <class Form>
-inline OrbVlcCode takeIndexCode(OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32s position,
+inline OrbVlcCode takeIndexCode(OrbiVLCState_JPEGXR& state, Orb32u coder, Orb32s position,
                                 Orb32u index) {
   if (position < Form::kLast - 1) return takeCode(state, coder, index);
   if (position < Form::kLast) return orbLateIndexCodes[index];
@@ -108,7 +108,7 @@ inline void orbEncodeBlock(BitWriter& writer, OrbiVLCState_JPEGXR& state, BlockC
   Orb32u context = first & next & 1;
   putSigned(writer, takeCode(state, coders.index, first), level);
   if (magnitude >= 2) {
-    encodeLevel(writer, state, coders.level + static_cast<Orb32s>(context), magnitude);
+    encodeLevel(writer, state, coders.level + context, magnitude);
   }
   Orb32s position = Form::kFirst + run;
   if (run > 0) encodeRun(writer, state, Form::kLast - Form::kFirst, run);
@@ -121,13 +121,12 @@ inline void orbEncodeBlock(BitWriter& writer, OrbiVLCState_JPEGXR& state, BlockC
     if (run > 0) encodeRun(writer, state, Form::kLast - position, run);
     position += run;
     next = whatFollows(pairs, pairCount, i);
-    const OrbVlcCode code =
-        takeIndexCode<Form>(state, coders.index + 1 + static_cast<Orb32s>(context), position,
-                            next << 1 | (magnitude >= 2 ? 1 : 0));
+    const OrbVlcCode code = takeIndexCode<Form>(state, coders.index + 1 + context, position,
+                                                next << 1 | (magnitude >= 2 ? 1 : 0));
     putSigned(writer, code, level);
     context &= next;
     if (magnitude >= 2) {
-      encodeLevel(writer, state, coders.level + static_cast<Orb32s>(context), magnitude);
+      encodeLevel(writer, state, coders.level + context, magnitude);
     }
   }
 }
