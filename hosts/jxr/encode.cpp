@@ -1,6 +1,7 @@
 #include "hosts/jxr/encode.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
 #include <string>
 #include <vector>
