@@ -381,6 +381,9 @@ inline F64 widen8u(Orb32u bytes) {
 inline F64 operator+(F64 a, F64 b) {
   return {_mm256_add_pd(a.v, b.v)};
 }
+inline F64 operator-(F64 a, F64 b) {
+  return {_mm256_sub_pd(a.v, b.v)};
+}
 inline F64 operator*(F64 a, F64 b) {
   return {_mm256_mul_pd(a.v, b.v)};
 }
@@ -420,6 +423,9 @@ inline F64 widen8u(Orb32u bytes) {
 }
 inline F64 operator+(F64 a, F64 b) {
   return {_mm_add_pd(a.low, b.low), _mm_add_pd(a.high, b.high)};
+}
+inline F64 operator-(F64 a, F64 b) {
+  return {_mm_sub_pd(a.low, b.low), _mm_sub_pd(a.high, b.high)};
 }
 inline F64 operator*(F64 a, F64 b) {
   return {_mm_mul_pd(a.low, b.low), _mm_mul_pd(a.high, b.high)};
