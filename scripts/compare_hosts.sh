@@ -97,6 +97,17 @@ for pixels in bgr555 bgr565; do
   done
 done
 
+# The reversible wavelet, whole and reduced, in files of one program.
+for picture in scene deep; do
+  for options in '--levels 5' '--tile 200x170 --progression RPCL --precincts 128x128' \
+    '--style bypass,terminate,causal --block 16x64 --sop --eph' '--layers 3 --rate 1,3'; do
+    "$reference" j2k encode --lossless $options "$work/$picture.ppm" "$work/coded.jp2"
+    for reduce in 0 2; do
+      compare out.ppm j2k decode --reduce $reduce ../coded.jp2 out.ppm
+    done
+  done
+done
+
 # Pictures of one, three and four channels by every image operation.
 "$reference" jpeg encode --sampling grey "$work/scene.ppm" "$work/grey.jpg"
 "$reference" jpeg decode "$work/grey.jpg" "$work/grey.pgm"

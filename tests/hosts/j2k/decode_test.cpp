@@ -11,6 +11,7 @@
 #include "hosts/j2k/picture.h"
 #include "tests/hosts/support/j2k_judge.h"
 #include "tests/hosts/support/pictures.h"
+#include "tests/hosts/support/segments.h"
 #include "tests/support/random.h"
 
 namespace {
@@ -111,13 +112,14 @@ constexpr Case kLossless[] = {
 };
 
 TEST(J2kDecode, LosslessFilesAreExact) {
+  bool isNoise = false;
   for (const Case& c : kLossless) {
-    for (const Motif motif : {Motif::kScene, Motif::kNoise}) {
-      const Image image = draw(motif, c.width, c.height, c.channels, c.maximum);
-      const Image decoded = pictureOf(opjCompress(image, c.options, c.format));
-      EXPECT_EQ(decoded.maximum(), c.maximum) << c;
-      EXPECT_EQ(difference(decoded, image).largest, 0) << c;
-    }
+    isNoise = !isNoise;
+    const Image image =
+        draw(isNoise ? Motif::kNoise : Motif::kScene, c.width, c.height, c.channels, c.maximum);
+    const Image decoded = pictureOf(opjCompress(image, c.options, c.format));
+    EXPECT_EQ(decoded.maximum(), c.maximum) << c;
+    EXPECT_EQ(difference(decoded, image).largest, 0) << c;
   }
 }
 
@@ -145,6 +147,18 @@ TEST(J2kDecode, LossyFilesAreAsTheJudgeDecodesThem) {
     const bool isReversible = std::string(c.options).find("-I") == std::string::npos;
     EXPECT_LE(difference(pictureOf(file), opjDecompress(file)).largest, isReversible ? 0 : 1) << c;
   }
+}
+
+// Another quantisation than the encoder's: another picture, but the same for both.
+TEST(J2kDecode, DerivedStepsAreAsTheJudgeDecodesThem) {
+  Bytes file = opjCompress(draw(Motif::kScene, 90, 70, 1), "-I -n 4");
+  const size_t at = orbtest::findMarker(file, 0x5C);
+  const size_t length = static_cast<size_t>(file[at + 2] << 8 | file[at + 3]);
+  file[at + 3] = 5;
+  file[at + 4] = static_cast<uint8_t>((file[at + 4] & 0xE0) | 1);
+  file.erase(file.begin() + static_cast<ptrdiff_t>(at + 7),
+             file.begin() + static_cast<ptrdiff_t>(at + 2 + length));
+  EXPECT_LE(difference(pictureOf(file), opjDecompress(file)).largest, 1);
 }
 
 TEST(J2kDecode, ReducedPicturesAreAsTheJudgeDecodesThem) {
