@@ -6,6 +6,9 @@
 #include "image/px/sample_weights.h"
 #include "image/resize_axis.h"
 #include "image/resize_taps.h"
+#if ORB_SIMD
+#include "image/simd/resize_wide.h"
+#endif
 
 namespace orb::ORB_BUILD {
 

@@ -69,19 +69,19 @@ for colour in cmyk ycck; do
   same out.ppm decode inks.jpg out.ppm
 done
 
-for subsampling in 444 422 420; do
-  for overlap in 0 1 2; do
-    for quality in 10 80 100; do
-      for picture in scene deep; do
-        compare coded.jxr jxr encode --subsampling $subsampling --overlap $overlap \
-          --quality $quality ../$picture.ppm coded.jxr
-        compare out.ppm jxr decode coded.jxr out.ppm
-      done
+for overlap in 0 1 2; do
+  for subsampling in 444 422 420; do
+    for quality in 30 100; do
+      compare coded.jxr jxr encode --subsampling $subsampling --overlap $overlap \
+        --quality $quality ../scene.ppm coded.jxr
+      compare out.ppm jxr decode coded.jxr out.ppm
     done
-    compare tiles.jxr jxr encode --subsampling $subsampling --overlap $overlap --quantiser 40 \
-      --order frequency --trim 2 --tile 160x64 ../scene.ppm tiles.jxr
-    compare out.ppm jxr decode tiles.jxr out.ppm
   done
+  compare deep.jxr jxr encode --overlap $overlap ../deep.ppm deep.jxr
+  compare out.ppm jxr decode deep.jxr out.ppm
+  compare tiles.jxr jxr encode --subsampling 420 --overlap $overlap --quantiser 40 \
+    --order frequency --trim 2 --tile 160x64 ../scene.ppm tiles.jxr
+  compare out.ppm jxr decode tiles.jxr out.ppm
 done
 compare inks.jxr jxr encode ../inks.pam inks.jxr
 compare out.pam jxr decode inks.jxr out.pam

@@ -1,6 +1,7 @@
 #include "hosts/jxr/encode.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
 #include <string>
 #include <vector>
@@ -57,6 +58,7 @@ std::vector<int> tileBorders(int pixels, int macroblocks) {
 
 ImageHeader imageHeaderFor(const Image& image, const EncodeOptions& options) {
   ImageHeader header;
+  header.hardTiles = options.hardTiles;
   header.frequencyOrder = options.frequencyOrder;
   header.overlap = options.overlap;
   header.trimmed = options.trim > 0;
@@ -174,6 +176,7 @@ class Encoder {
     const int wide = blocksWide(plane_.format, channel) * 4;
     const int high = blocksHigh(plane_.format, channel) * 4;
     const Rows<int32_t> samples = planes_[channel].rows().from(x * wide, y * high);
+    if (goesByMacroblocks(image_)) forwardBlocks(plane_.format, channel, samples);
     int32_t coefficients[16] = {};
     forwardSecondStage(plane_.format, channel, plane_.scaled, {samples.first, samples.step},
                        coefficients);

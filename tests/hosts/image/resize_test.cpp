@@ -100,7 +100,7 @@ TEST(ImageResize, FramesOfAnySizeAreFilled) {
 TEST(OrbImageResize, TakesASizeOrAScale) {
   const Directory directory;
   const std::string from = directory / "from.ppm", to = directory / "to.ppm";
-  writePicture(from, {draw(Motif::kEdges, 90, 60, 3), false});
+  orbhost::image::writePicture(from, {draw(Motif::kEdges, 90, 60, 3), false});
   const auto sizeAfter = [&](std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), {"image", "resize"});
     arguments.insert(arguments.end(), {from, to});
@@ -130,7 +130,7 @@ TEST(OrbImageResize, ResizesFrames) {
 TEST(OrbImageResize, SaysWhatIsWrong) {
   const Directory directory;
   const std::string from = directory / "from.ppm", to = directory / "to.ppm";
-  writePicture(from, {draw(Motif::kEdges, 9, 6, 3), false});
+  orbhost::image::writePicture(from, {draw(Motif::kEdges, 9, 6, 3), false});
   const std::vector<std::vector<std::string>> wrong = {
       {"resize", from, to},
       {"resize", "4x4", "--scale", "2", from, to},
