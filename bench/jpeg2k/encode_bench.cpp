@@ -1,5 +1,6 @@
 // Whole pictures: our host in memory beside OpenJPEG, with the same settings and one thread, in one
-// run. The photograph is the Earth of Debian's xplanet-images where that is installed, else a scene.
+// run. The photograph is the Earth of Debian's xplanet-images where that is installed, else a
+// scene.
 #include <benchmark/benchmark.h>
 #include <openjpeg.h>
 

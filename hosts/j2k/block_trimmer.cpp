@@ -12,7 +12,7 @@ namespace {
 constexpr int32_t kUsual = 3;
 
 // In more bytes than these, so few are not worth the time.
-constexpr int32_t kMostWorthIt = 400;
+constexpr int32_t kMostWorthIt = 200;
 
 }  // namespace
 

@@ -191,7 +191,7 @@ class Encoder {
       return usual * std::min(1.0, std::pow(2.0, kBitsAtUsualStep - bits));
     }
     if (!options_.psnrs.empty()) {
-      return std::min(usual, std::sqrt(errorBeforeRounding(options_.psnrs.back())));
+      return std::clamp(std::sqrt(errorBeforeRounding(options_.psnrs.back())), usual / 256, usual);
     }
     return usual;
   }

@@ -2,22 +2,58 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace orbhost::j2k {
 
 namespace {
 
+// The rows of a band while its columns are filtered: its own, and some more in place of those that
+// would lie outside it.
+template <class Sample>
+class BandRows {
+ public:
+  explicit BandRows(PaddedPlane<Sample>& band) : band_(band) {
+    spare_.resize(static_cast<size_t>(band.width()) * kSpareRows);
+  }
+
+  Sample* operator()(int y) {
+    if (y >= 0 && y < band_.height()) return band_.row(y);
+    return spare_.data() + static_cast<size_t>(y & (kSpareRows - 1)) * band_.width();
+  }
+
+ private:
+  static constexpr int kSpareRows = 4;  // more than a stage has of one band
+
+  PaddedPlane<Sample>& band_;
+  std::vector<Sample> spare_;
+};
+
+// Stage by stage. That of low row k has the high row behind it, which is number k + phase; what it
+// finishes lies up to two stages back, and what the first stages lack does not get into the bands.
 void filterColumns(const PaddedPlane<Orb32s>& from, PaddedPlane<Orb32s>& low,
                    PaddedPlane<Orb32s>& high, int phase) {
-  legacy90orbiWTFwdCol_B53_JPEG2K_32s_C1R(from.row(0), from.step(), low.row(0), low.step(),
-                                          high.row(0), high.step(),
-                                          {from.width(), (from.height() + 1) / 2}, phase);
+  BandRows<Orb32s> lowRow(low);
+  BandRows<Orb32s> highRow(high);
+  const int end = std::max(low.height(), high.height() - phase);
+  for (int k = -1; k < end; ++k) {
+    const int y = 2 * k + phase;
+    legacy90orbiWTFwdColLift_B53_JPEG2K_32s_C1(from.row(y), from.row(y + 1), from.row(y + 2),
+                                               lowRow(k), highRow(k + phase - 1),
+                                               highRow(k + phase), from.width());
+  }
 }
 void filterColumns(const PaddedPlane<Orb32f>& from, PaddedPlane<Orb32f>& low,
                    PaddedPlane<Orb32f>& high, int phase) {
-  legacy90orbiWTFwdCol_D97_JPEG2K_32f_C1R(from.row(0), from.step(), low.row(0), low.step(),
-                                          high.row(0), high.step(),
-                                          {from.width(), (from.height() + 1) / 2}, phase);
+  BandRows<Orb32f> lowRow(low);
+  BandRows<Orb32f> highRow(high);
+  const int end = std::max(low.height(), high.height() + 1 - phase) + 1;
+  for (int k = -2; k < end; ++k) {
+    const int y = 2 * k + phase;
+    legacy90orbiWTFwdColLift_D97_JPEG2K_32f_C1(
+        from.row(y), from.row(y + 1), from.row(y + 2), lowRow(k - 1), lowRow(k),
+        highRow(k + phase - 2), highRow(k + phase - 1), highRow(k + phase), from.width());
+  }
 }
 void filterRows(const PaddedPlane<Orb32s>& from, PaddedPlane<Orb32s>& low,
                 PaddedPlane<Orb32s>& high, int phase) {
@@ -102,8 +138,8 @@ void splitRows(PaddedPlane<Sample>& from, PaddedPlane<Sample>& low, PaddedPlane<
 
 }  // namespace
 
-// The filters give as many low samples as high ones: of an odd length one too many of a kind, which
-// the room behind a plane takes.
+// The filters of rows give as many low samples as high ones: of an odd length one too many of a
+// kind, which the room behind a row takes.
 template <class Sample>
 Subbands<Sample> transformForward(PaddedPlane<Sample> samples, int x, int y, int levels) {
   Subbands<Sample> bands;

@@ -193,6 +193,20 @@ TEST(J2kEncode, ValuesOfPsnrAreMet) {
   }
 }
 
+TEST(J2kEncode, GoalsOutOfReachTakeAllOrNothing) {
+  const Image image = draw(Motif::kScene, 64, 48, 3);
+  EncodeOptions options = lossyOptions();
+  options.psnrs = {500};
+  EXPECT_GT(psnr(opjDecompress(encodeJ2k(image, options)), image), 55);
+  options.psnrs = {0.001};
+  EXPECT_LT(encodeJ2k(image, options).size(), 250u);
+  options.psnrs.clear();
+  options.rates = {0.001};
+  EXPECT_LT(encodeJ2k(image, options).size(), 250u);
+  options.rates = {1000};
+  EXPECT_GT(psnr(opjDecompress(encodeJ2k(image, options)), image), 55);
+}
+
 // At the same size, with the same code-blocks and levels.
 TEST(J2kEncode, PicturesAreAsGoodAsOpenJpegs) {
   const Image& image = photograph(2);
