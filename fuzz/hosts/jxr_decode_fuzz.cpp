@@ -34,6 +34,9 @@ Bytes someFile(Input& input) {
   options.trim = input.byte() % 16;
   options.tileWidth = input.byte() % 3 * 32;
   options.tileHeight = input.byte() % 3 * 16;
+  options.hardTiles = input.byte() % 2 == 1;
+  // One of its tiles would be too narrow.
+  if (options.hardTiles && options.tileWidth > 0) options.overlap %= 2;
   constexpr int kChannels[] = {1, 3, 4};
   Image image(36, 20, kChannels[input.byte() % 3], input.byte() % 2 == 0 ? 255 : 65535);
   for (size_t i = 0; i < image.size(); ++i) image.row(0)[i] = input.byte();

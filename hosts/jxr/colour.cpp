@@ -40,6 +40,14 @@ using ChannelRows = std::array<int32_t*, kMostChannels>;
 
 // ---- From pixels
 
+// A row of pixels as rows of values.
+template <int kChannels, class Sample>
+void separate(const Range range, const Sample* from, int width, const ChannelRows rows) {
+  for (int x = 0; x < width; ++x) {
+    for (int c = 0; c < kChannels; ++c) rows[c][x] = range.toValue(*from++);
+  }
+}
+
 // Rows of inks or light, in place.
 void toChannels(OutputFormat output, const Range& range, const ChannelRows& rows, int width) {
   int32_t* const v0 = rows[0];
@@ -200,9 +208,12 @@ std::vector<Plane> planesFrom(const Image& image, const ImageHeader& header,
       continue;
     }
     image.withRow(y, [&](const auto* row) {
-      for (int c = 0; c < channels; ++c) {
-        int32_t* const to = rows[c];
-        for (int x = 0; x < width; ++x) to[x] = range.toValue(row[x * channels + c]);
+      if (channels == 1) {
+        separate<1>(range, row, width, rows);
+      } else if (channels == 3) {
+        separate<3>(range, row, width, rows);
+      } else {
+        separate<4>(range, row, width, rows);
       }
     });
     toChannels(header.output, range, rows, width);

@@ -4,7 +4,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "hosts/image.h"
@@ -29,18 +31,24 @@ class Plane {
  public:
   Plane(int width, int height) : width_(width), height_(height) {
     checkCanBeHeld(width, height, int64_t{width} * 4);
-    samples_.resize(static_cast<size_t>(width) * static_cast<size_t>(height));
+    const size_t samples = static_cast<size_t>(width) * static_cast<size_t>(height);
+    samples_.reset(static_cast<int32_t*>(std::calloc(samples, sizeof(int32_t))));
+    if (!samples_) throw std::bad_alloc();
   }
 
   int width() const { return width_; }
   int height() const { return height_; }
-  Rows<int32_t> rows() { return {samples_.data(), width_}; }
-  Rows<const int32_t> rows() const { return {samples_.data(), width_}; }
+  Rows<int32_t> rows() { return {samples_.get(), width_}; }
+  Rows<const int32_t> rows() const { return {samples_.get(), width_}; }
 
  private:
+  struct Free {
+    void operator()(int32_t* samples) const { std::free(samples); }
+  };
+
   int width_;
   int height_;
-  std::vector<int32_t> samples_;
+  std::unique_ptr<int32_t[], Free> samples_;  // zeros that cost nothing before they are used
 };
 
 // One for each channel of a picture, filled up to whole macroblocks.
