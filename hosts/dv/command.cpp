@@ -1,4 +1,5 @@
 // orb dv decode.
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>

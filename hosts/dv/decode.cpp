@@ -104,6 +104,11 @@ void Decoder::transform(int blocks) {
     if (isUnused(format_, n)) continue;
     const BlockInfo info(info_[n]);
     int16_t* const block = blocks_ + kBlock * n;
+    if (info.lastPosition == 0) {
+      // DC alone: 4 times the coded value, of which both transforms make an eighth, rounded.
+      std::fill_n(block, kBlock, static_cast<int16_t>(((block[0] >> 5) + 4) >> 3));
+      continue;
+    }
     if (format_.macroblocks == Macroblocks::kDv100) {
       const bool isChroma = n % kDv100Blocks >= 4;
       legacy90orbiQuantWeightBlockInv_DV100_16s_C1I(block, dv100Weights(format_, isChroma),

@@ -153,11 +153,12 @@ const std::vector<Format>& formats() {
 }
 
 const Format& detectFormat(ByteView beginning) {
-  constexpr int kSourcePack = 0x60, kPackBytes = 5;
+  // Blocks of zeros have the section of a header, but not its unused bits, which are ones.
+  constexpr int kHeaderStart = 0x1F, kSourcePack = 0x60, kPackBytes = 5;
   Votes applications, sources;
   for (size_t at = 0; at + kDifBytes <= beginning.size; at += kDifBytes) {
     const uint8_t* const dif = beginning.data + at;
-    if (sectionOf(dif) == Section::kHeader) applications.add(dif[4] & 7);
+    if (dif[0] == kHeaderStart) applications.add(dif[4] & 7);
     if (sectionOf(dif) != Section::kVaux) continue;
     for (int pack = 0; pack < 15; ++pack) {
       const uint8_t* const bytes = dif + 3 + kPackBytes * pack;

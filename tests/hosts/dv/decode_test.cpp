@@ -285,11 +285,14 @@ TEST(DvFormat, OtherBytesAreNoStream) {
   EXPECT_EQ(refusal(stream), "a DV stream of type 1, which is not known");
 }
 
-// What is wrong with a few blocks of the beginning makes no difference.
+// What is wrong with a part of the beginning makes no difference.
 TEST(DvFormat, IsThatOfTheMost) {
-  Bytes stream = codedClip(orbtest::clips()[1]);
-  std::fill_n(stream.begin(), kSequenceBytes / 2, uint8_t{0});
-  EXPECT_STREQ(detectFormat(stream).name, "DV 625/50 4:2:0");
+  for (const size_t which : {1, 2}) {
+    Bytes stream = codedClip(orbtest::clips()[which]);
+    const std::string name = detectFormat(stream).name;
+    std::fill_n(stream.begin(), kSequenceBytes, uint8_t{0});
+    EXPECT_EQ(detectFormat(stream).name, name);
+  }
 }
 
 }  // namespace
