@@ -13,7 +13,7 @@ static Orb64f truncated(Orb64f value) {
 
 // Apart, so that the compiler does not make one call of it and the sine: of a function that is not
 // C's.
-__attribute__((noinline)) static Orb64f cosineOf(Orb64f radians) {
+[[gnu::noinline]] static Orb64f cosineOf(Orb64f radians) {
   return __builtin_cos(radians);
 }
 
@@ -147,15 +147,15 @@ static OrbStatus rotate(const Transform& transform, const Turn& turn, Point shif
 }
 
 template <Orb32s kChannels>
-static OrbStatus rotateShifted(const Transform& transform, Orb64f angle, Point shift) {
-  const DoublePrecision doubles;
+[[gnu::noinline]] static OrbStatus rotateShifted(const Transform& transform, Orb64f angle,
+                                                 Point shift) {
   if (!isFinite(angle)) return orbStsAngleErr;
   return rotate<kChannels>(transform, Turn(angle), shift);
 }
 
 template <Orb32s kChannels>
-static OrbStatus rotateCentred(const Transform& transform, Orb64f angle, Point centre) {
-  const DoublePrecision doubles;
+[[gnu::noinline]] static OrbStatus rotateCentred(const Transform& transform, Orb64f angle,
+                                                 Point centre) {
   if (!isFinite(angle)) return orbStsAngleErr;
   const Turn turn(angle);
   return rotate<kChannels>(transform, turn, shiftAbout(centre, turn));
@@ -165,6 +165,7 @@ OrbStatus ORB_CALL orbiRotate_8u_C1R(const Orb8u* pSrc, OrbiSize srcSize, Orb32s
                                      OrbiRect srcRoi, Orb8u* pDst, Orb32s dstStep, OrbiRect dstRoi,
                                      Orb64f angle, Orb64f xShift, Orb64f yShift,
                                      Orb32s interpolation) {
+  const DoublePrecision doubles;
   return rotateShifted<1>({pSrc, srcSize, srcStep, srcRoi, pDst, dstStep, dstRoi, interpolation},
                           angle, {xShift, yShift});
 }
@@ -172,6 +173,7 @@ OrbStatus ORB_CALL orbiRotate_8u_C3R(const Orb8u* pSrc, OrbiSize srcSize, Orb32s
                                      OrbiRect srcRoi, Orb8u* pDst, Orb32s dstStep, OrbiRect dstRoi,
                                      Orb64f angle, Orb64f xShift, Orb64f yShift,
                                      Orb32s interpolation) {
+  const DoublePrecision doubles;
   return rotateShifted<3>({pSrc, srcSize, srcStep, srcRoi, pDst, dstStep, dstRoi, interpolation},
                           angle, {xShift, yShift});
 }
@@ -179,6 +181,7 @@ OrbStatus ORB_CALL orbiRotate_8u_C4R(const Orb8u* pSrc, OrbiSize srcSize, Orb32s
                                      OrbiRect srcRoi, Orb8u* pDst, Orb32s dstStep, OrbiRect dstRoi,
                                      Orb64f angle, Orb64f xShift, Orb64f yShift,
                                      Orb32s interpolation) {
+  const DoublePrecision doubles;
   return rotateShifted<4>({pSrc, srcSize, srcStep, srcRoi, pDst, dstStep, dstRoi, interpolation},
                           angle, {xShift, yShift});
 }
@@ -186,6 +189,7 @@ OrbStatus ORB_CALL orbiRotateCenter_8u_C1R(const Orb8u* pSrc, OrbiSize srcSize, 
                                            OrbiRect srcRoi, Orb8u* pDst, Orb32s dstStep,
                                            OrbiRect dstRoi, Orb64f angle, Orb64f xCenter,
                                            Orb64f yCenter, Orb32s interpolation) {
+  const DoublePrecision doubles;
   return rotateCentred<1>({pSrc, srcSize, srcStep, srcRoi, pDst, dstStep, dstRoi, interpolation},
                           angle, {xCenter, yCenter});
 }
@@ -193,6 +197,7 @@ OrbStatus ORB_CALL orbiRotateCenter_8u_C3R(const Orb8u* pSrc, OrbiSize srcSize, 
                                            OrbiRect srcRoi, Orb8u* pDst, Orb32s dstStep,
                                            OrbiRect dstRoi, Orb64f angle, Orb64f xCenter,
                                            Orb64f yCenter, Orb32s interpolation) {
+  const DoublePrecision doubles;
   return rotateCentred<3>({pSrc, srcSize, srcStep, srcRoi, pDst, dstStep, dstRoi, interpolation},
                           angle, {xCenter, yCenter});
 }
@@ -200,6 +205,7 @@ OrbStatus ORB_CALL orbiRotateCenter_8u_C4R(const Orb8u* pSrc, OrbiSize srcSize, 
                                            OrbiRect srcRoi, Orb8u* pDst, Orb32s dstStep,
                                            OrbiRect dstRoi, Orb64f angle, Orb64f xCenter,
                                            Orb64f yCenter, Orb32s interpolation) {
+  const DoublePrecision doubles;
   return rotateCentred<4>({pSrc, srcSize, srcStep, srcRoi, pDst, dstStep, dstRoi, interpolation},
                           angle, {xCenter, yCenter});
 }

@@ -20,8 +20,8 @@ struct LinearForm {
 };
 
 template <Orb32s kChannels>
-static OrbStatus warpPerspective(const Transform& transform, const Orb64f (*coeffs)[3]) {
-  const DoublePrecision doubles;
+[[gnu::noinline]] static OrbStatus warpPerspective(const Transform& transform,
+                                                   const Orb64f (*coeffs)[3]) {
   if (!transform.pSrc || !transform.pDst || !coeffs) return orbStsNullPtrErr;
   if (!transform.hasSizes()) return orbStsSizeErr;
   if (transform.srcStep < 1 || transform.dstStep < 1) return orbStsStepErr;
@@ -63,6 +63,7 @@ OrbStatus ORB_CALL orbiWarpPerspective_8u_C1R(const Orb8u* pSrc, OrbiSize srcSiz
                                               OrbiRect srcRoi, Orb8u* pDst, Orb32s dstStep,
                                               OrbiRect dstRoi, const Orb64f coeffs[3][3],
                                               Orb32s interpolation) {
+  const DoublePrecision doubles;
   return warpPerspective<1>({pSrc, srcSize, srcStep, srcRoi, pDst, dstStep, dstRoi, interpolation},
                             coeffs);
 }
@@ -70,6 +71,7 @@ OrbStatus ORB_CALL orbiWarpPerspective_8u_C3R(const Orb8u* pSrc, OrbiSize srcSiz
                                               OrbiRect srcRoi, Orb8u* pDst, Orb32s dstStep,
                                               OrbiRect dstRoi, const Orb64f coeffs[3][3],
                                               Orb32s interpolation) {
+  const DoublePrecision doubles;
   return warpPerspective<3>({pSrc, srcSize, srcStep, srcRoi, pDst, dstStep, dstRoi, interpolation},
                             coeffs);
 }
@@ -77,6 +79,7 @@ OrbStatus ORB_CALL orbiWarpPerspective_8u_C4R(const Orb8u* pSrc, OrbiSize srcSiz
                                               OrbiRect srcRoi, Orb8u* pDst, Orb32s dstStep,
                                               OrbiRect dstRoi, const Orb64f coeffs[3][3],
                                               Orb32s interpolation) {
+  const DoublePrecision doubles;
   return warpPerspective<4>({pSrc, srcSize, srcStep, srcRoi, pDst, dstStep, dstRoi, interpolation},
                             coeffs);
 }
