@@ -2,6 +2,7 @@
 #ifndef ORB_IMAGE_SIMD_RESIZE_AREA_H
 #define ORB_IMAGE_SIMD_RESIZE_AREA_H
 
+#include "frame/vec.h"
 #include "frame/vec_float.h"
 #include "image/px/resize_area.h"
 
@@ -42,6 +43,28 @@ inline void orbSumRow(const Orb8u* row, Orb32s weight, bool isFirst, Orb32s* sum
     }
   }
   plain::orbSumRow(row + i, weight, isFirst, sums + i, samples - i);
+}
+
+// The sums of neighbours, as words.
+inline I16 pairSums(const Orb8u* row) {
+  const I16 pairs = loadI16(reinterpret_cast<const Orb16s*>(row));
+  return (pairs & splatI16(255)) + shiftRightUnsigned(pairs, 8);
+}
+
+template <int kChannels>
+inline void orbHalveRow(const Orb8u* upper, const Orb8u* lower, Orb8u* dst, ptrdiff_t width) {
+  ptrdiff_t x = 0;
+  if constexpr (kChannels == 1) {
+    const auto means = [&](ptrdiff_t at) {
+      const I16 sums = pairSums(upper + 2 * at) + pairSums(lower + 2 * at);
+      return shiftRightUnsigned(sums + splatI16(2), 2);
+    };
+    for (; x + 2 * kI16Lanes <= width; x += 2 * kI16Lanes) {
+      storeLimited8u(dst + x, means(x), means(x + kI16Lanes));
+    }
+  }
+  plain::orbHalveRow<kChannels>(upper + 2 * x * kChannels, lower + 2 * x * kChannels,
+                                dst + x * kChannels, width - x);
 }
 
 }  // namespace orb::ORB_BUILD::simd
