@@ -33,6 +33,7 @@ for set in "$@"; do
       packages="$packages libjpeg62-turbo-dev libopenjp2-7-dev libjxr-dev"
       packages="$packages zlib1g-dev libdeflate-dev libisal-dev libdivsufsort-dev"
       packages="$packages libopencv-imgproc-dev libeigen3-dev libtiff-dev libyuv-dev"
+      packages="$packages libzimg-dev"
       ;;
     i386) packages="$packages g++-multilib qemu-user" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
