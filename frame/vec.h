@@ -360,6 +360,94 @@ inline I16 narrow(I32 a, I32 b) {
 
 #endif
 
+// Four doubles, in two vectors where one has no room for them.
+#if defined(__AVX__)
+
+struct F64 {
+  __m256d v;
+};
+
+inline F64 splatF64(Orb64f value) {
+  return {_mm256_set1_pd(value)};
+}
+inline F64 loadF64(const Orb64f* p) {
+  return {_mm256_loadu_pd(p)};
+}
+// Of four bytes, the lowest first.
+inline F64 widen8u(Orb32u bytes) {
+  const __m128i words = _mm_cvtepu8_epi32(_mm_cvtsi32_si128(static_cast<int>(bytes)));
+  return {_mm256_cvtepi32_pd(words)};
+}
+inline F64 operator+(F64 a, F64 b) {
+  return {_mm256_add_pd(a.v, b.v)};
+}
+inline F64 operator-(F64 a, F64 b) {
+  return {_mm256_sub_pd(a.v, b.v)};
+}
+inline F64 operator*(F64 a, F64 b) {
+  return {_mm256_mul_pd(a.v, b.v)};
+}
+inline F64 limited(F64 a, F64 low, F64 high) {
+  return {_mm256_min_pd(_mm256_max_pd(a.v, low.v), high.v)};
+}
+// (a0 + a2) + (a1 + a3)
+inline Orb64f sumOfLanes(F64 a) {
+  const __m128d pairs = _mm_add_pd(_mm256_castpd256_pd128(a.v), _mm256_extractf128_pd(a.v, 1));
+  return _mm_cvtsd_f64(_mm_add_sd(pairs, _mm_unpackhi_pd(pairs, pairs)));
+}
+// Truncated to four bytes, the first lane the lowest; they must be within 0..255.
+inline Orb32u truncate8u(F64 a) {
+  const __m128i words = _mm256_cvttpd_epi32(a.v);
+  const __m128i halves = _mm_packs_epi32(words, words);
+  return static_cast<Orb32u>(_mm_cvtsi128_si32(_mm_packus_epi16(halves, halves)));
+}
+
+#else
+
+struct F64 {
+  __m128d low, high;
+};
+
+inline F64 splatF64(Orb64f value) {
+  return {_mm_set1_pd(value), _mm_set1_pd(value)};
+}
+inline F64 loadF64(const Orb64f* p) {
+  return {_mm_loadu_pd(p), _mm_loadu_pd(p + 2)};
+}
+// Of four bytes, the lowest first.
+inline F64 widen8u(Orb32u bytes) {
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i halves = _mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(bytes)), zero);
+  const __m128i words = _mm_unpacklo_epi16(halves, zero);
+  return {_mm_cvtepi32_pd(words), _mm_cvtepi32_pd(_mm_unpackhi_epi64(words, words))};
+}
+inline F64 operator+(F64 a, F64 b) {
+  return {_mm_add_pd(a.low, b.low), _mm_add_pd(a.high, b.high)};
+}
+inline F64 operator-(F64 a, F64 b) {
+  return {_mm_sub_pd(a.low, b.low), _mm_sub_pd(a.high, b.high)};
+}
+inline F64 operator*(F64 a, F64 b) {
+  return {_mm_mul_pd(a.low, b.low), _mm_mul_pd(a.high, b.high)};
+}
+inline F64 limited(F64 a, F64 low, F64 high) {
+  return {_mm_min_pd(_mm_max_pd(a.low, low.low), high.low),
+          _mm_min_pd(_mm_max_pd(a.high, low.high), high.high)};
+}
+// (a0 + a2) + (a1 + a3)
+inline Orb64f sumOfLanes(F64 a) {
+  const __m128d pairs = _mm_add_pd(a.low, a.high);
+  return _mm_cvtsd_f64(_mm_add_sd(pairs, _mm_unpackhi_pd(pairs, pairs)));
+}
+// Truncated to four bytes, the first lane the lowest; they must be within 0..255.
+inline Orb32u truncate8u(F64 a) {
+  const __m128i words = _mm_unpacklo_epi64(_mm_cvttpd_epi32(a.low), _mm_cvttpd_epi32(a.high));
+  const __m128i halves = _mm_packs_epi32(words, words);
+  return static_cast<Orb32u>(_mm_cvtsi128_si32(_mm_packus_epi16(halves, halves)));
+}
+
+#endif
+
 }  // namespace orb::ORB_BUILD
 
 #endif

@@ -14,7 +14,8 @@ Bytes formatBmp(const Image& image);
 // With 16 bits to a pixel.
 Bytes formatBmp(const PackedImage& image);
 
-// Reads a file of 16 bits to a pixel, of 5 + 5 + 5 or 5 + 6 + 5 bits. An Error says what another is.
+// Reads a file of 16 bits to a pixel, of 5 + 5 + 5 or 5 + 6 + 5 bits. An Error says what another
+// is.
 PackedImage parsePackedBmp(ByteView file);
 
 }  // namespace orbhost

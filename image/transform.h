@@ -6,6 +6,9 @@
 #include "image/px/edge_blend.h"
 #include "image/px/interpolation.h"
 #include "image/px/quadrangle.h"
+#if ORB_SIMD
+#include "image/simd/interpolation.h"
+#endif
 
 namespace orb::ORB_BUILD {
 
@@ -68,7 +71,7 @@ inline OrbStatus drawQuadrangle(const Transform& transform, Orb32s method,
   if (spans.areEmpty()) return orbStsQuadOutside;
 
   const SourceImage source = {transform.pSrc, transform.srcSize, transform.srcStep};
-  const plain::SampleRun sampleRun = plain::sampleRunOf<kChannels>(method);
+  const plain::SampleRun sampleRun = kernel::sampleRunOf<kChannels>(method);
   for (Orb32s y = spans.top(); y <= spans.bottom(); ++y) {
     const plain::Span span = spans.row(y);
     Orb8u* const row = rowAt(transform.pDst, transform.dstStep, y);

@@ -20,10 +20,10 @@ static void encode4x4(const T* pSrc, Orb32s srcStep, Orb32s colourClass, Orb32u 
   const Orb32s pairCount = kernel::orbScanBlock(
       kernel::currentScan(state), kernel::RegionBlock<T>{pSrc, srcStep}, modelBits, rest, pairs);
   if (pairCount > 0) {
-    kernel::BitWriter writer(ppBitStream, pBitBuf, pBitCount);
-    kernel::orbEncodeBlock<kernel::WholeBlock>(writer, state, kernel::highPassCoders(colourClass),
-                                               pairs, pairCount);
-    writer.close(ppBitStream, pBitBuf, pBitCount);
+    kernel::orbEncodeBlock<kernel::WholeBlock>(kernel::BitWriter(ppBitStream, pBitBuf, pBitCount),
+                                               state, kernel::highPassCoders(colourClass), pairs,
+                                               pairCount)
+        .close(ppBitStream, pBitBuf, pBitCount);
   }
   store(pNumNonZero, pairCount);
 }
@@ -94,7 +94,7 @@ OrbStatus ORB_CALL orbiVLCEncode4x4Flex_JPEGXR_32s1u_C1R(const Orb32s* pSrc, Orb
 }
 
 // A run that leaves the block is told by one coefficient more than there are.
-static Orb32s reportedCount(kernel::DecodedBlock block) {
+static Orb32s reportedCount(const kernel::DecodedBlock& block) {
   return block.end == kernel::BlockEnd::kRunTooLong ? 16 : block.count;
 }
 
@@ -107,11 +107,11 @@ static OrbStatus decode4x4(Orb16u** ppBitStream, Orb32u* pBitBuf, Orb32u* pBitCo
   }
   if (load(pBitCount) > 32) return orbStsOutOfRangeErr;
   kernel::orbClear4x4(pDst, dstStep);
-  kernel::BitReader reader(ppBitStream, pBitBuf, pBitCount);
+  const kernel::BitReader reader(ppBitStream, pBitBuf, pBitCount);
   const kernel::PlaceInRegion<T> place = {pDst, dstStep, scale, kernel::currentScan(*pState)};
   const kernel::DecodedBlock block = kernel::orbDecodeBlock<kernel::WholeBlock>(
       reader, *pState, kernel::highPassCoders(colourClass), place);
-  reader.close(ppBitStream, pBitBuf, pBitCount);
+  block.reader.close(ppBitStream, pBitBuf, pBitCount);
   store(pNumNonZero, reportedCount(block));
   return orbStsNoErr;
 }
@@ -144,10 +144,9 @@ static OrbStatus encodeLowPass(const Orb32s* pRunLevel, Orb32s pairCount, Orb32s
   if (load(pBitCount) > 32 || pairCount > mostPairs) return orbStsOutOfRangeErr;
   const Orb32s coded = kernel::orbPairsWithin<Form>(pRunLevel, pairCount);
   if (coded <= 0) return orbStsNoErr;
-  kernel::BitWriter writer(ppBitStream, pBitBuf, pBitCount);
-  kernel::orbEncodeBlock<Form>(writer, *pState, kernel::lowPassCoders(colourClass), pRunLevel,
-                               coded);
-  writer.close(ppBitStream, pBitBuf, pBitCount);
+  kernel::orbEncodeBlock<Form>(kernel::BitWriter(ppBitStream, pBitBuf, pBitCount), *pState,
+                               kernel::lowPassCoders(colourClass), pRunLevel, coded)
+      .close(ppBitStream, pBitBuf, pBitCount);
   return orbStsNoErr;
 }
 
@@ -181,11 +180,11 @@ OrbStatus ORB_CALL orbiVLCDecodeDC444_JPEGXR_1u32s(Orb16u** ppBitStream, Orb32u*
     return orbStsNullPtrErr;
   }
   if (load(pBitCount) > 32) return orbStsOutOfRangeErr;
-  kernel::BitReader reader(ppBitStream, pBitBuf, pBitCount);
+  const kernel::BitReader reader(ppBitStream, pBitBuf, pBitCount);
   const kernel::PlaceInOrder place = {pDst, kernel::scanOf(*pState, kLowPassScan)};
   const kernel::DecodedBlock block = kernel::orbDecodeBlock<kernel::WholeBlock>(
       reader, *pState, kernel::lowPassCoders(colourClass), place);
-  reader.close(ppBitStream, pBitBuf, pBitCount);
+  block.reader.close(ppBitStream, pBitBuf, pBitCount);
   store(pNumNonZero, reportedCount(block));
   return orbStsNoErr;
 }
@@ -198,10 +197,10 @@ static OrbStatus decodeList(Orb16u** ppBitStream, Orb32u* pBitBuf, Orb32u* pBitC
   }
   if (load(pBitCount) > 32) return orbStsOutOfRangeErr;
   for (Orb32s i = Form::kFirst; i <= Form::kLast; ++i) store(pDst + i, 0);
-  kernel::BitReader reader(ppBitStream, pBitBuf, pBitCount);
+  const kernel::BitReader reader(ppBitStream, pBitBuf, pBitCount);
   const kernel::DecodedBlock block = kernel::orbDecodeBlock<Form>(
       reader, *pState, kernel::lowPassCoders(1), kernel::PlaceInList{pDst});
-  reader.close(ppBitStream, pBitBuf, pBitCount);
+  block.reader.close(ppBitStream, pBitBuf, pBitCount);
   if (block.end == kernel::BlockEnd::kWhole) store(pNumNonZero, block.count);
   return orbStsNoErr;
 }

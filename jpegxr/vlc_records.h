@@ -12,7 +12,7 @@ namespace orb {
 
 // The adaptive coders. Behind the coder of a block's first index stand the two of later indexes,
 // and behind the first level coder the second, by context. Coders 1 to 4 never adapt.
-enum {
+enum : Orb32u {
   kRunCoder = 0,
   kLowPassIndexCoders = 5,
   kLowPassLevelCoders = 11,
@@ -21,7 +21,7 @@ enum {
   kCoderCount = 21,
 };
 // From the index coders of colour class 0 to those of class 1.
-constexpr Orb32s kCodersOfClass = 3;
+constexpr Orb32u kCodersOfClass = 3;
 
 // A position of a scan. The order of the records is the present order of the scan.
 struct [[gnu::packed]] OrbScanRecord {

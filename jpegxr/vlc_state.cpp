@@ -14,7 +14,7 @@ OrbStatus ORB_CALL orbiVLCGetStateSize_JPEGXR(Orb32s* pSize) {
 OrbStatus ORB_CALL orbiVLCInit_JPEGXR(OrbiVLCState_JPEGXR* pState) {
   if (!pState) return orbStsNullPtrErr;
   orbZero(pState, offsetof(OrbiVLCState_JPEGXR, scans));
-  for (Orb32s i = 0; i < kCoderCount; ++i) pState->coders[i].symbols = orbVlcSymbols[i];
+  for (Orb32u i = 0; i < kCoderCount; ++i) pState->coders[i].symbols = orbVlcSymbols[i];
   kernel::orbAdaptLowPass(*pState);
   kernel::orbAdaptHighPass(*pState);
   pState->scan = kLowPassScan;

@@ -24,7 +24,7 @@ grep -q '^DC -1, by orbJP ' "$work/said"
 # A line of these commands comes with the files that those before it have made.
 orb=$build/orb
 [ -x "$orb" ] || exit 0
-grep -E '^    orb (dv|image|j2k|jpeg|jxr|tiff|wav|yuv) ' README.md >"$work/lines"
+grep -E '^    orb (image|j2k|jpeg|jxr|tiff|wav|yuv) ' README.md >"$work/lines"
 scripts/draw_scene.awk >"$work/scene.ppm"
 cd "$work"
 "$orb" jpeg encode --lossless 1 scene.ppm scene.jpg
@@ -50,14 +50,18 @@ done <commands
 cmp deep.$png again.$png
 echo "$(wc -l <commands) commands of orb"
 
-# The lines of the compressors are a shell's.
+# The lines of the compressors, and of video, are a shell's.
 cd "$here"
-sed -n -e 's/^    \(.*orb g[un]*zip .*\)$/\1/p' -e 's/^    \(orb [un]*pack .*\)$/\1/p' README.md >"$work/commands.sh"
+sed -n -e 's/^    \(.*orb g[un]*zip .*\)$/\1/p' -e 's/^    \(orb [un]*pack .*\)$/\1/p' \
+  -e 's/^    \(orb dv .*\)$/\1/p' README.md >"$work/commands.sh"
 cp README.md "$work/report.txt"
 cp README.md "$work/words.txt"
 head -n 20 README.md >"$work/page.html"
 cp -r frame "$work/src"
+ffmpeg -v error -f lavfi -i testsrc2=s=720x576:r=25 -frames:v 2 -pix_fmt yuv420p -c:v dvvideo \
+  -f rawvideo "$work/tape.dv"
 cd "$work"
 PATH="$build:$PATH" sh -eux commands.sh
 cmp report.txt words.txt
 gzip -dc report.txt.gz | cmp - words.txt
+head -c 9 tape.y4m | grep -q YUV4MPEG2

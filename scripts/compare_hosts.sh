@@ -69,19 +69,19 @@ for colour in cmyk ycck; do
   same out.ppm decode inks.jpg out.ppm
 done
 
-for subsampling in 444 422 420; do
-  for overlap in 0 1 2; do
-    for quality in 10 80 100; do
-      for picture in scene deep; do
-        compare coded.jxr jxr encode --subsampling $subsampling --overlap $overlap \
-          --quality $quality ../$picture.ppm coded.jxr
-        compare out.ppm jxr decode coded.jxr out.ppm
-      done
+for overlap in 0 1 2; do
+  for subsampling in 444 422 420; do
+    for quality in 30 100; do
+      compare coded.jxr jxr encode --subsampling $subsampling --overlap $overlap \
+        --quality $quality ../scene.ppm coded.jxr
+      compare out.ppm jxr decode coded.jxr out.ppm
     done
-    compare tiles.jxr jxr encode --subsampling $subsampling --overlap $overlap --quantiser 40 \
-      --order frequency --trim 2 --tile 160x64 ../scene.ppm tiles.jxr
-    compare out.ppm jxr decode tiles.jxr out.ppm
   done
+  compare deep.jxr jxr encode --overlap $overlap ../deep.ppm deep.jxr
+  compare out.ppm jxr decode deep.jxr out.ppm
+  compare tiles.jxr jxr encode --subsampling 420 --overlap $overlap --quantiser 40 \
+    --order frequency --trim 2 --tile 160x64 ../scene.ppm tiles.jxr
+  compare out.ppm jxr decode tiles.jxr out.ppm
 done
 compare inks.jxr jxr encode ../inks.pam inks.jxr
 compare out.pam jxr decode inks.jxr out.pam
@@ -143,6 +143,20 @@ for file in text scene.ppm; do
     compare stdout gunzip --format $format -c ../coded
   done
   compare stdout gzip --format zlib --dictionary ../text -c ../$file
+done
+
+# A clip of each kind of DV, whole and with a part that is not.
+for kind in '720x480 yuv411p 30000/1001' '720x576 yuv420p 25' '720x480 yuv422p 30000/1001' \
+  '1280x1080 yuv422p 30000/1001' '960x720 yuv422p 60000/1001'; do
+  set -- $kind
+  ffmpeg -v error -nostdin -y -f lavfi -i "testsrc2=s=$1:r=$3,noise=alls=20:allf=t+u:all_seed=1" \
+    -frames:v 2 -pix_fmt "$2" -r "$3" -flags +ildct+bitexact -threads 1 -c:v dvvideo -f rawvideo \
+    "$work/clip.dv"
+  compare stdout dv decode ../clip.dv -
+  head -c 150000 "$work/clip.dv" >"$work/damaged.dv"
+  cat "$work/text" >>"$work/damaged.dv"
+  tail -c 300000 "$work/clip.dv" >>"$work/damaged.dv"
+  compare stdout dv decode ../damaged.dv -
 done
 
 [ $status -ne 0 ] || echo "$same files of $2 are those of $1"

@@ -34,6 +34,8 @@ for set in "$@"; do
       packages="$packages zlib1g-dev libdeflate-dev libisal-dev libdivsufsort-dev"
       packages="$packages libopencv-imgproc-dev libeigen3-dev libtiff-dev libyuv-dev"
       packages="$packages libzimg-dev"
+      packages="$packages libopencv-imgproc-dev libeigen3-dev libtiff-dev libyuv-dev libzimg-dev"
+      packages="$packages pkg-config libavcodec-dev libavutil-dev libdv4-dev"
       ;;
     i386) packages="$packages g++-multilib qemu-user" ;;
     windows) packages="$packages g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;

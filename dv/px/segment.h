@@ -70,11 +70,10 @@ enum class DVReading {
 
 // A code that is not whole is saved, at most 15 bits. Bits that are no code at all may be more: the
 // first 16 are enough to show the same wherever the block comes next, so that it gets no further.
-inline DVReading saveDVBits(DVBlock& block, DVAreaBits& bits) {
+inline void saveDVBits(DVBlock& block, DVAreaBits& bits) {
   block.savedCount = static_cast<Orb8u>(bits.left < 16 ? bits.left : 16);
   block.savedBits = static_cast<Orb16u>(bits.high >> 48);
   bits.left = 0;
-  return DVReading::needsMore;
 }
 
 inline void putBackDVBits(DVBlock& block, DVAreaBits& bits) {
@@ -87,19 +86,20 @@ inline void putBackDVBits(DVBlock& block, DVAreaBits& bits) {
 
 inline DVReading orbReadDVBlock(DVBlock& block, DVAreaBits& area, const DVHuffEntry* table) {
   if (block.savedCount > 0) putBackDVBits(block, area);
+  Orb16s* const output = block.output;
+  const Orb32u* const scan = block.scan;
   DVAreaBits bits = area;
   Orb32s position = block.position;
+  DVReading end = DVReading::needsMore;
   for (;;) {
     const Orb32u window = bits.peek(9);
-    Orb32s level;
-    bool isEnd = false;
+    Orb32s next, level;
     if (window < 508) {
       const bool isLong = window >= 480;
       const DVHuffEntry entry = table[isLong ? kSecondDVTable + (bits.peek(13) & 511) : window];
       if (entry.len > bits.left) break;
       bits.skip(entry.len);
-      position += entry.run + 1;
-      isEnd = window >> 5 == 6;
+      next = position + entry.run + 1;
       level = entry.level;
     } else {
       // An escape: 1111111, 8 bits of amplitude, the sign.
@@ -107,18 +107,20 @@ inline DVReading orbReadDVBlock(DVBlock& block, DVAreaBits& area, const DVHuffEn
       const Orb32s amplitude = static_cast<Orb32s>(bits.peek(15) & 255) << 6;
       level = bits.peek(16) & 1 ? -amplitude : amplitude;
       bits.skip(16);
-      position += 1;
+      next = position + 1;
     }
-    if (position >= 64) {
-      block.endOfBlock = isEnd;
-      area = bits;
-      return bits.left > 0 ? DVReading::areaHasMore : DVReading::areaIsUsed;
+    if (next >= 64) {
+      block.endOfBlock = window >> 5 == 6;
+      end = bits.left > 0 ? DVReading::areaHasMore : DVReading::areaIsUsed;
+      break;
     }
-    block.position = static_cast<Orb8u>(position);
-    store(block.output + (load(block.scan + position) & 63), wrap16s(level));
+    position = next;
+    store(output + (load(scan + position) & 63), wrap16s(level));
   }
+  block.position = static_cast<Orb8u>(position);
   area = bits;
-  return saveDVBits(block, area);
+  if (end == DVReading::needsMore) saveDVBits(block, area);
+  return end;
 }
 
 // Blocks that need bits, or areas that have some, by their numbers in the segment and in its order.

@@ -9,7 +9,7 @@ namespace orbhost::dv {
 namespace {
 
 // IEC 61834-2 and SMPTE 314M; SMPTE 370M.
-constexpr Format kFormats[] = {
+const std::vector<Format> kFormats = {
     {"DV 525/60 4:1:1",
      720,
      480,
@@ -147,6 +147,10 @@ class Votes {
 };
 
 }  // namespace
+
+const std::vector<Format>& formats() {
+  return kFormats;
+}
 
 const Format& detectFormat(ByteView beginning) {
   constexpr int kSourcePack = 0x60, kPackBytes = 5;

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "hosts/bytes.h"
 
@@ -47,6 +48,9 @@ struct Format {
   int blocksOfMacroblock() const { return macroblocks == Macroblocks::kDv100 ? 8 : 6; }
   bool isHighDefinition() const { return macroblocks == Macroblocks::kDv100; }
 };
+
+// All that are known.
+const std::vector<Format>& formats();
 
 // The longest frame of any format.
 constexpr size_t kLongestFrame = 4 * 12 * kSequenceBytes;

@@ -29,27 +29,29 @@ constexpr std::array<uint32_t, 128> kScans = makeScans();
 
 // ---- 25 and 50 Mbit/s
 //
-// An amplitude becomes a coefficient by 2, by the step of its area, and by the weight of its place.
+// An amplitude becomes a coefficient by 2, by the step of its area, and by the inverse of its
+// place's weight, which is the product of one for the row and one for the column.
 
 constexpr int kAreaEnd[4] = {5, 20, 42, 63};
 
 // The steps of the four areas as shifts, by the quantisation number with an offset for the class:
-// each line is for two numbers but the last, which is for the first of them.
-constexpr int kSteps[8][4] = {{3, 3, 4, 4}, {2, 3, 3, 4}, {2, 2, 3, 3}, {1, 2, 2, 3},
-                              {1, 1, 2, 2}, {0, 1, 1, 2}, {0, 0, 1, 1}, {0, 0, 0, 1}};
-constexpr int kFinest[4] = {0, 0, 0, 0};
+// each line is for two numbers, but that the finest begins in the middle of the last.
+constexpr int kLines = 9;
+constexpr int kSteps[kLines][4] = {{3, 3, 4, 4}, {2, 3, 3, 4}, {2, 2, 3, 3},
+                                   {1, 2, 2, 3}, {1, 1, 2, 2}, {0, 1, 1, 2},
+                                   {0, 0, 1, 1}, {0, 0, 0, 1}, {0, 0, 0, 0}};
 constexpr int kClassOffset[4] = {6, 3, 0, 1};
 
-const int* stepsOf(BlockInfo info) {
+int lineOf(BlockInfo info) {
   const int number = info.quantisation + kClassOffset[info.blockClass];
-  return number > 14 ? kFinest : kSteps[number / 2];
+  return number > 14 ? kLines - 1 : number / 2;
 }
 
-// By scan position, in units of 1/1024: twice the inverse of the weight, which is the product of
-// one for the row and one for the column.
-using Factors = std::array<std::array<int32_t, 64>, 2>;
+// All that an amplitude is multiplied by, in units of 1/256 and by place in the block. In class 3
+// amplitudes lack their lowest bit.
+using Factors = std::array<int16_t, 64>;
 
-Factors makeFactors() {
+Factors makeFactors(int mode, int line, bool isClass3) {
   const auto c = [](int m) { return std::cos(m * std::acos(-1.0) / 16); };
   const double w[8] = {1,
                        c(4) / (4 * c(7) * c(2)),
@@ -60,15 +62,29 @@ Factors makeFactors() {
                        c(4) / c(2),
                        c(4) / c(1)};
   Factors factors;
-  for (size_t mode = 0; mode < 2; ++mode) {
-    for (size_t i = 0; i < 64; ++i) {
-      const uint32_t place = kScans[64 * mode + i];
-      const uint32_t row = mode == 0 ? place / 8 : place / 8 % 4 * 2;
-      factors[mode][i] = static_cast<int32_t>(std::lround(2 * 1024 / (w[row] * w[place % 8])));
-    }
+  for (int i = 0; i < 64; ++i) {
+    const uint32_t place = kScans[64 * mode + i];
+    const uint32_t row = mode == 0 ? place / 8 : place / 8 % 4 * 2;
+    const int area = static_cast<int>(std::lower_bound(kAreaEnd, kAreaEnd + 4, i) - kAreaEnd);
+    const int steps = 2 << kSteps[line][area] << (isClass3 ? 1 : 0);
+    factors[place] = static_cast<int16_t>(std::lround(256 * steps / (w[row] * w[place % 8])));
   }
   return factors;
 }
+
+struct AllFactors {
+  Factors factors[2][2][kLines];
+
+  AllFactors() {
+    for (int mode = 0; mode < 2; ++mode) {
+      for (int class3 = 0; class3 < 2; ++class3) {
+        for (int line = 0; line < kLines; ++line) {
+          factors[mode][class3][line] = makeFactors(mode, line, class3 == 1);
+        }
+      }
+    }
+  }
+};
 
 // ---- DV100 (SMPTE 370M)
 
@@ -100,23 +116,15 @@ const uint32_t* scanTables() {
 }
 
 void dequantise(int16_t* block, BlockInfo info) {
-  static const Factors kFactors = makeFactors();
+  static const AllFactors kAll;
   // The library hands over amplitudes times 64, and DC values times 128, of which 4 are wanted.
-  // In class 3 amplitudes lack their lowest bit.
-  const int classShift = info.blockClass == 3 ? 1 : 0;
-  const uint32_t* const scan = kScans.data() + 64 * info.mode;
-  const int32_t* const factor = kFactors[info.mode].data();
-  const int* const step = stepsOf(info);
-  block[0] = static_cast<int16_t>(block[0] >> 5);
-  int position = 1;
-  for (int area = 0; area < 4; ++area) {
-    const int32_t scale = 1 << (step[area] + classShift);
-    const int end = std::min(kAreaEnd[area], info.lastPosition);
-    for (; position <= end; ++position) {
-      int16_t& value = block[scan[position]];
-      value = static_cast<int16_t>((value * factor[position] * scale + 32768) >> 16);
-    }
+  const int16_t dc = static_cast<int16_t>(block[0] >> 5);
+  const int16_t* const factors =
+      kAll.factors[info.mode][info.blockClass == 3 ? 1 : 0][lineOf(info)].data();
+  for (int i = 0; i < 64; ++i) {
+    block[i] = static_cast<int16_t>((block[i] * factors[i] + 8192) >> 14);
   }
+  block[0] = dc;
 }
 
 const int16_t* dv100Weights(const Format& format, bool isChroma) {

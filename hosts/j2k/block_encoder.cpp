@@ -43,8 +43,8 @@ BlockEncoder::BlockEncoder(OrbiSize largest, int style)
   state_.reset(state);
 }
 
-CodedBlock BlockEncoder::encode(const Orb32s* samples, OrbiSize size, int subband, int fractionBits,
-                                int lastPlane, double weight) {
+EncodedBlock BlockEncoder::encode(const Orb32s* samples, OrbiSize size, int subband,
+                                  int fractionBits, int lastPlane, double weight) {
   const int lastBit = fractionBits + lastPlane;
   const int style = libraryStyleOf(style_) | (lastBit == 0 ? kExactLastPlane : 0);
   const int termination = style_ & kPredictableTermination ? kPredictably : kShortest;
@@ -52,7 +52,7 @@ CodedBlock BlockEncoder::encode(const Orb32s* samples, OrbiSize size, int subban
   legacy90orbiEncodeLoadCodeBlock_JPEG2K_32s_C1R(
       samples, size.width * static_cast<Orb32s>(sizeof(Orb32s)), size, state_.get(), subband,
       kMagnitudeBits - lastBit, termination, 0, style, &bits, &passes, &segments);
-  CodedBlock block;
+  EncodedBlock block;
   block.width = size.width;
   block.height = size.height;
   block.subband = subband;
@@ -85,7 +85,7 @@ CodedBlock BlockEncoder::encode(const Orb32s* samples, OrbiSize size, int subban
   return block;
 }
 
-void BlockEncoder::store(CodedBlock& block) {
+void BlockEncoder::store(EncodedBlock& block) {
   size_t stored = 0;
   for (Orb32s isNotFinished = 1; isNotFinished != 0;) {
     if (stored == buffer_.size()) buffer_.resize(2 * buffer_.size());

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "hosts/j2k/coded_block.h"
+#include "hosts/j2k/encoded_block.h"
 #include "orb90legacy.h"
 
 namespace orbhost::j2k {
@@ -17,15 +17,15 @@ class BlockEncoder {
   // Samples are signs in bit 31 and magnitudes, whose lowest `fractionBits` lie below a step of the
   // quantiser; without any, the lowest plane is exact. Planes below `lastPlane` are left out.
   // `weight` is what a squared error of one step is in the picture.
-  CodedBlock encode(const Orb32s* samples, OrbiSize size, int subband, int fractionBits,
-                    int lastPlane, double weight);
+  EncodedBlock encode(const Orb32s* samples, OrbiSize size, int subband, int fractionBits,
+                      int lastPlane, double weight);
 
  private:
   struct Free {
     void operator()(OrbiEncodeState_JPEG2K* state) const { legacy90orbiEncodeFree_JPEG2K(state); }
   };
 
-  void store(CodedBlock& block);
+  void store(EncodedBlock& block);
 
   std::unique_ptr<OrbiEncodeState_JPEG2K, Free> state_;
   int style_;

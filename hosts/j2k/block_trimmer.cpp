@@ -6,26 +6,44 @@
 
 namespace orbhost::j2k {
 
-void BlockTrimmer::trim(CodedBlock& block, int taken, int chosen) {
-  CodedBlock::Pass& last = block.passes[chosen - 1];
-  const CodedBlock::Segment& segment = block.segments[last.segment];
+namespace {
+
+// How many bytes are not needed, most often.
+constexpr int32_t kUsual = 3;
+
+// In more bytes than these, so few are not worth the time.
+constexpr int32_t kMostWorthIt = 400;
+
+}  // namespace
+
+void BlockTrimmer::trim(EncodedBlock& block, int taken, int chosen) {
+  EncodedBlock::Pass& last = block.passes[chosen - 1];
+  const EncodedBlock::Segment& segment = block.segments[last.segment];
   if (last.isTrimmed || chosen == segment.passEnd) return;
   last.isTrimmed = true;
-  constexpr int32_t kMostTrimmed = 6;
+  if (last.length > kMostWorthIt) return;
   const int32_t takenLength = taken == 0 ? 0 : block.passes[taken - 1].length;
-  const int32_t least = std::max({segment.begin, takenLength, last.length - kMostTrimmed});
+  const int32_t least = std::max(segment.begin, takenLength);
   decode(block, chosen, last.length, wanted_);
-  while (last.length > least) {
-    decode(block, chosen, last.length - 1, samples_);
-    if (samples_ != wanted_) break;
-    --last.length;
+  const auto isEnough = [&](int32_t length) {
+    if (length < least) return false;
+    decode(block, chosen, length, samples_);
+    return samples_ == wanted_;
+  };
+  int32_t length = last.length - kUsual;
+  if (isEnough(length)) {
+    while (isEnough(length - 1)) --length;
+  } else {
+    while (++length < last.length && !isEnough(length)) {
+    }
   }
+  last.length = length;
   for (int pass = taken; pass < chosen; ++pass) {
     block.passes[pass].length = std::min(block.passes[pass].length, last.length);
   }
 }
 
-void BlockTrimmer::decode(const CodedBlock& block, int passes, int32_t length,
+void BlockTrimmer::decode(const EncodedBlock& block, int passes, int32_t length,
                           std::vector<Orb32s>& samples) {
   const OrbiSize size = {block.width, block.height};
   Orb32s stateSize;

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "hosts/j2k/coded_block.h"
+#include "hosts/j2k/encoded_block.h"
 #include "orb90legacy.h"
 
 namespace orbhost::j2k {
@@ -18,10 +18,10 @@ class BlockTrimmer {
 
   // Makes what is needed for the chosen number of passes as short as it can be. That of the passes
   // that are taken already stays as it is.
-  void trim(CodedBlock& block, int taken, int chosen);
+  void trim(EncodedBlock& block, int taken, int chosen);
 
  private:
-  void decode(const CodedBlock& block, int passes, int32_t length, std::vector<Orb32s>& samples);
+  void decode(const EncodedBlock& block, int passes, int32_t length, std::vector<Orb32s>& samples);
 
   int style_;
   std::vector<Orb8u> state_;

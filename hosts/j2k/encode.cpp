@@ -191,7 +191,7 @@ class Encoder {
       return usual * std::min(1.0, std::pow(2.0, kBitsAtUsualStep - bits));
     }
     if (!options_.psnrs.empty()) {
-      return std::min(usual, std::sqrt(12 * errorBeforeRounding(options_.psnrs.back())) / 2);
+      return std::min(usual, std::sqrt(errorBeforeRounding(options_.psnrs.back())));
     }
     return usual;
   }
@@ -216,9 +216,9 @@ class Encoder {
   static int guardBitsFor(const std::vector<TilePrecincts>& tiles) {
     int guardBits = 1;
     for (const TilePrecincts& tile : tiles) {
-      for (const std::vector<PrecinctBand>& precinct : tile) {
-        for (const PrecinctBand& band : precinct) {
-          for (const CodedBlock& block : band.blocks) {
+      for (const std::vector<EncodedBand>& precinct : tile) {
+        for (const EncodedBand& band : precinct) {
+          for (const EncodedBlock& block : band.blocks) {
             guardBits = std::max(guardBits, block.bitPlanes - band.exponent + 1);
           }
         }

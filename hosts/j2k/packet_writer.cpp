@@ -30,13 +30,13 @@ void putPassCount(int count, HeaderBitWriter& bits) {
 
 }  // namespace
 
-PacketWriter::PacketWriter(const std::vector<PrecinctBand>& bands, int guardBits) {
-  for (const PrecinctBand& from : bands) {
+PacketWriter::PacketWriter(const std::vector<EncodedBand>& bands, int guardBits) {
+  for (const EncodedBand& from : bands) {
     Band band = {TagTreeWriter(from.blocksWide, from.blocksHigh),
                  TagTreeWriter(from.blocksWide, from.blocksHigh),
                  {}};
     const int planes = guardBits + from.exponent - 1;
-    for (const CodedBlock& block : from.blocks) {
+    for (const EncodedBlock& block : from.blocks) {
       band.missingPlanes.set(static_cast<int>(band.blocks.size()), planes - block.bitPlanes);
       band.blocks.push_back({&block});
     }

@@ -5,17 +5,17 @@
 #include <vector>
 
 #include "hosts/bytes.h"
-#include "hosts/j2k/coded_block.h"
+#include "hosts/j2k/encoded_block.h"
 #include "hosts/j2k/tag_tree_writer.h"
 
 namespace orbhost::j2k {
 
 // The code-blocks of one subband in a precinct, row by row.
-struct PrecinctBand {
+struct EncodedBand {
   int blocksWide = 0;
   int blocksHigh = 0;
   int exponent = 0;  // of the subband's quantisation step
-  std::vector<CodedBlock> blocks;
+  std::vector<EncodedBlock> blocks;
 };
 
 // Makes the packets of a precinct, one layer after the other.
@@ -23,7 +23,7 @@ class PacketWriter {
  public:
   PacketWriter() = default;
   // Blocks have to stay where they are.
-  PacketWriter(const std::vector<PrecinctBand>& bands, int guardBits);
+  PacketWriter(const std::vector<EncodedBand>& bands, int guardBits);
 
   // Appends the header of the next layer's packet, with the chosen passes that are not in earlier
   // layers, and goes on to the layer behind it. Returns the length of its body.
@@ -34,7 +34,7 @@ class PacketWriter {
 
  private:
   struct Block {
-    const CodedBlock* coded;
+    const EncodedBlock* coded;
     int before = 0;      // passes in earlier layers
     int now = 0;         // passes in those and this one
     int lengthBits = 3;  // Lblock

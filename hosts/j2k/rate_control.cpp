@@ -25,16 +25,16 @@ RateControl::RateControl(std::vector<TilePrecincts>& tiles, int guardBits, const
   for (TilePrecincts& tile : tiles) {
     writers_.emplace_back();
     packets_.emplace_back(tile.size());
-    for (std::vector<PrecinctBand>& precinct : tile) {
+    for (std::vector<EncodedBand>& precinct : tile) {
       writers_.back().emplace_back(precinct, guardBits);
-      for (PrecinctBand& band : precinct) {
-        for (CodedBlock& block : band.blocks) {
+      for (EncodedBand& band : precinct) {
+        for (EncodedBlock& block : band.blocks) {
           if (block.passes.empty()) {
             errorOfEmpty_ += block.errorLeft;
             continue;
           }
           blocks_.push_back(&block);
-          for (const CodedBlock::Cut& cut : block.cuts) slopes_.push_back(cut.slope);
+          for (const EncodedBlock::Cut& cut : block.cuts) slopes_.push_back(cut.slope);
         }
       }
     }
@@ -97,23 +97,23 @@ void RateControl::chooseWorth(double slope) {
 
 void RateControl::chooseAll() {
   slope_ = 0;
-  for (CodedBlock* const block : blocks_) block->chosen = static_cast<int>(block->passes.size());
+  for (EncodedBlock* const block : blocks_) block->chosen = static_cast<int>(block->passes.size());
 }
 
 // Uses up what a slope leaves of a layer's size: with the next cuts, the steepest first, that fit.
 bool RateControl::chooseMore(size_t room) {
   constexpr int kHeaderBytes = 4;  // hardly ever more for a block
   struct Candidate {
-    CodedBlock* block;
+    EncodedBlock* block;
     int passes;
     double slope;
     size_t bytes;
   };
   std::vector<Candidate> candidates;
-  for (CodedBlock* const block : blocks_) {
+  for (EncodedBlock* const block : blocks_) {
     const auto next =
         std::find_if(block->cuts.begin(), block->cuts.end(),
-                     [block](const CodedBlock::Cut& cut) { return cut.passes > block->chosen; });
+                     [block](const EncodedBlock::Cut& cut) { return cut.passes > block->chosen; });
     if (next == block->cuts.end()) continue;
     const int32_t before = block->chosen == 0 ? 0 : block->passes[block->chosen - 1].length;
     const auto bytes =
@@ -152,7 +152,7 @@ size_t RateControl::sizeOfChosen() {
 
 double RateControl::errorOfChosen() const {
   double squares = errorOfEmpty_;
-  for (const CodedBlock* const block : blocks_) squares += j2k::errorOfChosen(*block);
+  for (const EncodedBlock* const block : blocks_) squares += j2k::errorOfChosen(*block);
   return squares;
 }
 

@@ -46,7 +46,7 @@ class RateControl {
   double errorOfChosen() const;
   void addLayer();
 
-  std::vector<CodedBlock*> blocks_;                 // of the picture, as far as they have passes
+  std::vector<EncodedBlock*> blocks_;               // of the picture, as far as they have passes
   std::vector<int> taken_;                          // of each, the passes in the layers so far
   std::vector<std::vector<PacketWriter>> writers_;  // by tile and precinct
   PacketWriter trial_;

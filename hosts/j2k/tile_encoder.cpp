@@ -172,10 +172,10 @@ TilePrecincts TileEncoder::encodeAs(const Tile& tile,
         precincts.emplace_back();
         for (const Band& band : resolution.bands) {
           const BlockGrid grid = resolution.blocks(band, precinct);
-          PrecinctBand coded = {static_cast<int>(grid.columns),
-                                static_cast<int>(grid.rows),
-                                plans_[band.index].code.exponent,
-                                {}};
+          EncodedBand coded = {static_cast<int>(grid.columns),
+                               static_cast<int>(grid.rows),
+                               plans_[band.index].code.exponent,
+                               {}};
           coded.blocks.reserve(static_cast<size_t>(grid.count()));
           const PaddedPlane<Sample>& plane = planeOf(band, components[c]);
           for (uint32_t row = 0; row < grid.rows; ++row) {
@@ -192,8 +192,8 @@ TilePrecincts TileEncoder::encodeAs(const Tile& tile,
 }
 
 template <class Sample>
-CodedBlock TileEncoder::encodeBlock(const PaddedPlane<Sample>& plane, int component,
-                                    const Band& band, const Rect& rect, double finest) {
+EncodedBlock TileEncoder::encodeBlock(const PaddedPlane<Sample>& plane, int component,
+                                      const Band& band, const Rect& rect, double finest) {
   constexpr bool kIsExact = std::is_integral_v<Sample>;
   const OrbiSize size = {static_cast<int>(rect.width()), static_cast<int>(rect.height())};
   const auto x = static_cast<int>(rect.x0 - band.rect.x0);
@@ -204,7 +204,7 @@ CodedBlock TileEncoder::encodeBlock(const PaddedPlane<Sample>& plane, int compon
                  magnitudes_.data() + static_cast<size_t>(row) * size.width);
   }
   const double unit = unitOf(component, band.index);
-  CodedBlock block = blockEncoder_.encode(
+  EncodedBlock block = blockEncoder_.encode(
       magnitudes_.data(), size, static_cast<int>(band.orientation), kIsExact ? 0 : kFractionBits,
       lastPlaneFor(component, band.index, finest), unit * unit);
   findCuts(block, (styleOf(coding_).blockStyle & kPredictableTermination) != 0);

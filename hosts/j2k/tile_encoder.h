@@ -16,7 +16,7 @@
 namespace orbhost::j2k {
 
 // The bands of each precinct of a tile, through components, and through their resolutions.
-using TilePrecincts = std::vector<std::vector<PrecinctBand>>;
+using TilePrecincts = std::vector<std::vector<EncodedBand>>;
 
 // The subbands of a tile's components: integers, or else floats.
 struct TransformedTile {
@@ -52,8 +52,8 @@ class TileEncoder {
   TilePrecincts encodeAs(const Tile& tile, const std::vector<Subbands<Sample>>& components,
                          double finest);
   template <class Sample>
-  CodedBlock encodeBlock(const PaddedPlane<Sample>& plane, int component, const Band& band,
-                         const Rect& rect, double finest);
+  EncodedBlock encodeBlock(const PaddedPlane<Sample>& plane, int component, const Band& band,
+                           const Rect& rect, double finest);
 
   const Image& image_;
   const PictureSize& size_;

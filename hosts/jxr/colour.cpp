@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <type_traits>
+#include <cstdlib>
 
 namespace orbhost::jxr {
 
@@ -74,35 +74,41 @@ void toChannels(OutputFormat output, const Range& range, const ChannelRows& rows
   }
 }
 
-// Every second value of a line, from those around it. Lines are mirrored at their ends.
-template <class At>
-int32_t smoothed(int i, int length, At at) {
-  const auto mirrored = [&](int place) {
-    if (place < 0) place = -place;
-    return at(place < length ? place : 2 * (length - 1) - place);
-  };
-  return (mirrored(i - 2) + 4 * mirrored(i - 1) + 6 * mirrored(i) + 4 * mirrored(i + 1) +
-          mirrored(i + 2) + 8) >>
-         4;
+// The middle one of five values in line, smoothed.
+int32_t smoothed(int32_t a, int32_t b, int32_t c, int32_t d, int32_t e) {
+  return (a + 4 * b + 6 * c + 4 * d + e + 8) >> 4;
 }
 
+// Every second value of a line stays. Beyond its ends, of which the last one has no value of its
+// own, a line is mirrored.
 Plane halvedAcross(const Plane& from) {
   Plane half(from.width() / 2, from.height());
   for (int y = 0; y < half.height(); ++y) {
-    for (int x = 0; x < half.width(); ++x) {
-      half.rows().at(x, y) =
-          smoothed(2 * x, from.width(), [&](int i) { return from.rows().at(i, y); });
+    const int32_t* const in = &from.rows().at(0, y);
+    int32_t* const out = &half.rows().at(0, y);
+    const int last = half.width() - 1;
+    out[0] = smoothed(in[2], in[1], in[0], in[1], in[2]);
+    for (int x = 1; x < last; ++x) {
+      const int32_t* const at = in + 2 * x;
+      out[x] = smoothed(at[-2], at[-1], at[0], at[1], at[2]);
     }
+    const int32_t* const at = in + 2 * last;
+    out[last] = smoothed(at[-2], at[-1], at[0], at[1], at[0]);
   }
   return half;
 }
 
 Plane halvedDown(const Plane& from) {
   Plane half(from.width(), from.height() / 2);
+  const auto rowAt = [&](int y) {
+    return &from.rows().at(0, y < from.height() ? std::abs(y) : 2 * (from.height() - 1) - y);
+  };
   for (int y = 0; y < half.height(); ++y) {
+    const int32_t* const rows[5] = {rowAt(2 * y - 2), rowAt(2 * y - 1), rowAt(2 * y),
+                                    rowAt(2 * y + 1), rowAt(2 * y + 2)};
+    int32_t* const out = &half.rows().at(0, y);
     for (int x = 0; x < half.width(); ++x) {
-      half.rows().at(x, y) =
-          smoothed(2 * y, from.height(), [&](int i) { return from.rows().at(x, i); });
+      out[x] = smoothed(rows[0][x], rows[1][x], rows[2][x], rows[3][x], rows[4][x]);
     }
   }
   return half;
@@ -117,16 +123,16 @@ int32_t between(int32_t before, int32_t behind) {
 
 // A row of a channel at full size.
 void fillRow(const Plane& plane, ColourFormat format, int channel, int y, int width, int32_t* row) {
-  const Rows<const int32_t> from = plane.rows();
-  const bool isHalf = isHalvedDown(format, channel);
-  const int first = isHalf ? y / 2 : y;
-  const int second = isHalf && y % 2 == 1 ? std::min(first + 1, plane.height() - 1) : first;
-  const auto at = [&](int x) { return between(from.at(x, first), from.at(x, second)); };
   if (!isHalvedAcross(format, channel)) {
-    std::copy_n(&from.at(0, y), width, row);
+    std::copy_n(&plane.rows().at(0, y), width, row);
     return;
   }
-  for (int x = 0; x < plane.width(); ++x) row[2 * x] = at(x);
+  const bool isHalf = isHalvedDown(format, channel);
+  const int above = isHalf ? y / 2 : y;
+  const int below = isHalf && y % 2 == 1 ? std::min(above + 1, plane.height() - 1) : above;
+  const int32_t* const first = &plane.rows().at(0, above);
+  const int32_t* const second = &plane.rows().at(0, below);
+  for (int x = 0; x < plane.width(); ++x) row[2 * x] = between(first[x], second[x]);
   for (int x = 1; x + 1 < width; x += 2) row[x] = between(row[x - 1], row[x + 1]);
   row[width - 1] = row[width - 2];
 }
@@ -164,6 +170,15 @@ void toSamples(OutputFormat output, const Range& range, const ChannelRows& rows,
       v2[x] = y;
       v3[x] = k;
     }
+  }
+}
+
+// Rows of samples, one beside the other. The rows are a copy, since samples that are bytes could
+// overwrite anything else.
+template <int kChannels, class Sample>
+void interleave(const ChannelRows rows, int width, Sample* to) {
+  for (int x = 0; x < width; ++x) {
+    for (int c = 0; c < kChannels; ++c) *to++ = static_cast<Sample>(rows[c][x]);
   }
 }
 
@@ -224,13 +239,17 @@ Image imageFrom(const std::vector<Plane>& planes, const ImageHeader& header,
       }
     }
     toSamples(header.output, range, rows, width);
+    for (int c = 0; c < channels; ++c) {
+      int32_t* const row = rows[c];
+      for (int x = 0; x < width; ++x) row[x] = range.toSample(row[x]);
+    }
     image.withRow(y, [&](auto* row) {
-      using Sample = std::remove_reference_t<decltype(*row)>;
-      for (int c = 0; c < channels; ++c) {
-        const int32_t* const from = rows[c];
-        for (int x = 0; x < width; ++x) {
-          row[x * channels + c] = static_cast<Sample>(range.toSample(from[x]));
-        }
+      if (channels == 1) {
+        interleave<1>(rows, width, row);
+      } else if (channels == 3) {
+        interleave<3>(rows, width, row);
+      } else {
+        interleave<4>(rows, width, row);
       }
     });
   }

@@ -1,4 +1,4 @@
-// Between a picture's pixels and the channels that are coded (ITU-T T.832 9.10).
+// Between a picture's pixels and the channels that are coded (ITU-T T.832).
 #ifndef ORB_HOSTS_JXR_COLOUR_H
 #define ORB_HOSTS_JXR_COLOUR_H
 

@@ -103,6 +103,9 @@ void addEncode(CLI::App& jxr) {
       .add_option("--tile", arguments->tile,
                   "Code tiles of this size, in multiples of 16, each by itself")
       ->type_name("WxH");
+  command.add_flag("--hard-tiles", options.hardTiles,
+                   "Stop the filters at the borders of tiles, so that each can be decoded without "
+                   "the others");
   command.footer(
       "Examples:\n"
       "  orb jxr encode photo.png photo.jxr\n"

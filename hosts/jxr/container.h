@@ -1,4 +1,4 @@
-// The file around a codestream: tags as in TIFF (ITU-T T.832 annex A).
+// The file around a codestream: tags as in TIFF (ITU-T T.832).
 #ifndef ORB_HOSTS_JXR_CONTAINER_H
 #define ORB_HOSTS_JXR_CONTAINER_H
 

@@ -88,7 +88,7 @@ class Decoder {
   void decodeTile(const Tile& tile) {
     std::vector<PlaneReader> readers;
     for (const auto& plane : planes_) {
-      readers.emplace_back(plane->header, tile, plane->planes, plane->macroblocks);
+      readers.emplace_back(image_, plane->header, tile, plane->planes, plane->macroblocks);
     }
     std::optional<BitReader> packets[kBands];
     int trim = 0;

@@ -1,6 +1,7 @@
 #include "hosts/jxr/encode.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
 #include <string>
 #include <vector>
@@ -57,6 +58,7 @@ std::vector<int> tileBorders(int pixels, int macroblocks) {
 
 ImageHeader imageHeaderFor(const Image& image, const EncodeOptions& options) {
   ImageHeader header;
+  header.hardTiles = options.hardTiles;
   header.frequencyOrder = options.frequencyOrder;
   header.overlap = options.overlap;
   header.trimmed = options.trim > 0;
@@ -97,8 +99,10 @@ PlaneHeader planeHeaderFor(const Image& image, const EncodeOptions& options) {
 
 int32_t levelOf(int32_t value, int32_t step, int32_t rounding) {
   if (step == 1) return value;
-  const int32_t magnitude = (std::abs(value) + rounding) / step;
-  return value < 0 ? -magnitude : magnitude;
+  const int32_t magnitude = std::abs(value) + rounding;
+  if (magnitude < step) return 0;  // as most are: no division
+  const int32_t level = magnitude / step;
+  return value < 0 ? -level : level;
 }
 
 // High-pass and low-pass coefficients that are near 0 become it.
@@ -172,6 +176,7 @@ class Encoder {
     const int wide = blocksWide(plane_.format, channel) * 4;
     const int high = blocksHigh(plane_.format, channel) * 4;
     const Rows<int32_t> samples = planes_[channel].rows().from(x * wide, y * high);
+    if (goesByMacroblocks(image_)) forwardBlocks(plane_.format, channel, samples);
     int32_t coefficients[16] = {};
     forwardSecondStage(plane_.format, channel, plane_.scaled, {samples.first, samples.step},
                        coefficients);

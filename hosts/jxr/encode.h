@@ -21,6 +21,7 @@ struct EncodeOptions {
   // Pixels of a tile across and down, multiples of 16; 0 is all of them.
   int tileWidth = 0;
   int tileHeight = 0;
+  bool hardTiles = false;  // overlap filters stop at the borders of tiles
 };
 
 // A file of a grey, RGB or CMYK picture, with samples of 8 bits if its maximum is up to 255, else

@@ -1,4 +1,4 @@
-// What a coded picture consists of (ITU-T T.832 8.3, 8.4).
+// What a coded picture consists of (ITU-T T.832).
 #ifndef ORB_HOSTS_JXR_FORMAT_H
 #define ORB_HOSTS_JXR_FORMAT_H
 

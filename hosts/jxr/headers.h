@@ -1,4 +1,4 @@
-// The headers of a codestream, read and written (ITU-T T.832 8.3, 8.4, 8.7).
+// The headers of a codestream, read and written (ITU-T T.832).
 #ifndef ORB_HOSTS_JXR_HEADERS_H
 #define ORB_HOSTS_JXR_HEADERS_H
 

@@ -1,5 +1,5 @@
-// The statistics that codes adapt to within a tile, beside those of the library (ITU-T T.832 8.9 to
-// 8.14).
+// The statistics that codes adapt to within a tile, beside those of the library (ITU-T
+// T.832).
 #ifndef ORB_HOSTS_JXR_MODELS_H
 #define ORB_HOSTS_JXR_MODELS_H
 

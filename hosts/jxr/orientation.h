@@ -1,4 +1,4 @@
-// A picture as it is to be shown (ITU-T T.832 8.3.8).
+// A picture as it is to be shown (ITU-T T.832).
 #ifndef ORB_HOSTS_JXR_ORIENTATION_H
 #define ORB_HOSTS_JXR_ORIENTATION_H
 

@@ -1,20 +1,27 @@
 #include "hosts/jxr/overlap.h"
 
+#include <cstring>
+
 #include "hosts/jxr/second_stage.h"
 
 namespace orbhost::jxr {
 
 namespace {
 
-using Square = int32_t[4][4];  // rows
+// Four squares side by side: a lane is one of them.
+using Lanes = int32_t __attribute__((vector_size(16)));
+constexpr int kLanes = 4;
 
-// Operators of both senses, and the same steps backwards, in the opposite order.
+// The operators of both senses; those of one undo the steps of the other in the opposite order. A
+// value is a sample, or one of each of several squares.
 struct Inverse {
-  static void rotate(int32_t& a, int32_t& b) {
+  template <class Value>
+  static void rotate(Value& a, Value& b) {
     a -= (b + 1) >> 1;
     b += (a + 1) >> 1;
   }
-  static void scale(int32_t& a, int32_t& d) {
+  template <class Value>
+  static void scale(Value& a, Value& d) {
     a += d;
     d = (a >> 1) - d;
     a += 3 * d >> 3;
@@ -22,23 +29,25 @@ struct Inverse {
     d += a >> 7;
     d -= a >> 10;
   }
-  static void mix(int32_t& a, int32_t& b, int32_t& c, int32_t& d) {
+  template <class Value>
+  static void mix(Value& a, Value& b, Value& c, Value& d) {
     scale(a, d);
     b -= c;
     a += (3 * d + 4) >> 3;
     d -= b >> 1;
-    const int32_t e = ((a - b) >> 1) - c;
+    const Value e = ((a - b) >> 1) - c;
     a -= e;
     b += d;
     c = d;
     d = e;
   }
-  static void turnCorner(int32_t& a, int32_t& b, int32_t& c, int32_t& d) {
+  template <class Value>
+  static void turnCorner(Value& a, Value& b, Value& c, Value& d) {
     d += a;
     c -= b;
-    const int32_t p = d >> 1;
+    const Value p = d >> 1;
     a -= p;
-    const int32_t q = c >> 1;
+    const Value q = c >> 1;
     b += q;
     a -= (3 * b + 6) >> 3;
     b += (3 * a + 2) >> 2;
@@ -48,14 +57,16 @@ struct Inverse {
     c += b;
     d -= a;
   }
-  static void scaleEdge(int32_t& a, int32_t& d) {
+  template <class Value>
+  static void scaleEdge(Value& a, Value& d) {
     scale(a, d);
     a += (3 * d + 4) >> 3;
     d -= a >> 1;
     a += d;
     d = -d;
   }
-  static void scalePair(int32_t& a, int32_t& b) {
+  template <class Value>
+  static void scalePair(Value& a, Value& b) {
     b += (a + 2) >> 2;
     a += (b + 1) >> 1;
     a += b >> 5;
@@ -63,7 +74,8 @@ struct Inverse {
     a += b >> 13;
     b += (a + 2) >> 2;
   }
-  static void square(Square& x) {
+  template <class Value>
+  static void square(Value (&x)[4][4]) {
     butterflies(x);
     turnCorner(x[2][2], x[2][3], x[3][2], x[3][3]);
     rotateAll(x);
@@ -72,7 +84,8 @@ struct Inverse {
     mix(x[0][1], x[0][2], x[3][1], x[3][2]);
     mix(x[0][0], x[0][3], x[3][0], x[3][3]);
   }
-  static void edge(int32_t& a, int32_t& b, int32_t& c, int32_t& d) {
+  template <class Value>
+  static void edge(Value& a, Value& b, Value& c, Value& d) {
     a += d;
     b += c;
     d -= (a + 1) >> 1;
@@ -85,13 +98,15 @@ struct Inverse {
     a -= d;
     b -= c;
   }
-  static void butterflies(Square& x) {
+  template <class Value>
+  static void butterflies(Value (&x)[4][4]) {
     hadamard(x[1][1], x[1][2], x[2][1], x[2][2]);
     hadamard(x[1][0], x[1][3], x[2][0], x[2][3]);
     hadamard(x[0][1], x[0][2], x[3][1], x[3][2]);
     hadamard(x[0][0], x[0][3], x[3][0], x[3][3]);
   }
-  static void rotateAll(Square& x) {
+  template <class Value>
+  static void rotateAll(Value (&x)[4][4]) {
     rotate(x[3][1], x[3][0]);
     rotate(x[2][1], x[2][0]);
     rotate(x[1][3], x[0][3]);
@@ -100,11 +115,13 @@ struct Inverse {
 };
 
 struct Forward {
-  static void rotate(int32_t& a, int32_t& b) {
+  template <class Value>
+  static void rotate(Value& a, Value& b) {
     b -= (a + 1) >> 1;
     a += (b + 1) >> 1;
   }
-  static void scale(int32_t& a, int32_t& d) {
+  template <class Value>
+  static void scale(Value& a, Value& d) {
     d += a >> 10;
     d -= a >> 7;
     d -= 3 * a >> 4;
@@ -112,24 +129,26 @@ struct Forward {
     d = (a >> 1) - d;
     a -= d;
   }
-  static void mix(int32_t& a, int32_t& b, int32_t& c, int32_t& d) {
+  template <class Value>
+  static void mix(Value& a, Value& b, Value& c, Value& d) {
     a += d;
     b -= c;
     d = ((a - b) >> 1) - d;
     c += b >> 1;
     b += d;
     a -= (3 * c + 4) >> 3;
-    const int32_t e = c;
+    const Value e = c;
     c = d;
     d = e;
     scale(a, d);
   }
-  static void turnCorner(int32_t& a, int32_t& b, int32_t& c, int32_t& d) {
+  template <class Value>
+  static void turnCorner(Value& a, Value& b, Value& c, Value& d) {
     d += a;
     c -= b;
-    const int32_t p = d >> 1;
+    const Value p = d >> 1;
     a -= p;
-    const int32_t q = c >> 1;
+    const Value q = c >> 1;
     b += q;
     a += (3 * b + 4) >> 3;
     b -= (3 * a + 2) >> 2;
@@ -139,14 +158,16 @@ struct Forward {
     c += b;
     d -= a;
   }
-  static void scaleEdge(int32_t& a, int32_t& d) {
+  template <class Value>
+  static void scaleEdge(Value& a, Value& d) {
     d = -d;
     a -= d;
     d += a >> 1;
     a -= (3 * d + 4) >> 3;
     scale(a, d);
   }
-  static void scalePair(int32_t& a, int32_t& b) {
+  template <class Value>
+  static void scalePair(Value& a, Value& b) {
     b -= (a + 2) >> 2;
     a -= b >> 13;
     a -= b >> 9;
@@ -154,7 +175,8 @@ struct Forward {
     a -= (b + 1) >> 1;
     b -= (a + 2) >> 2;
   }
-  static void square(Square& x) {
+  template <class Value>
+  static void square(Value (&x)[4][4]) {
     mix(x[1][1], x[1][2], x[2][1], x[2][2]);
     mix(x[1][0], x[1][3], x[2][0], x[2][3]);
     mix(x[0][1], x[0][2], x[3][1], x[3][2]);
@@ -163,7 +185,8 @@ struct Forward {
     turnCorner(x[2][2], x[2][3], x[3][2], x[3][3]);
     Inverse::butterflies(x);
   }
-  static void edge(int32_t& a, int32_t& b, int32_t& c, int32_t& d) {
+  template <class Value>
+  static void edge(Value& a, Value& b, Value& c, Value& d) {
     a += d;
     b += c;
     d -= (a + 1) >> 1;
@@ -176,7 +199,8 @@ struct Forward {
     a -= d;
     b -= c;
   }
-  static void rotateAll(Square& x) {
+  template <class Value>
+  static void rotateAll(Value (&x)[4][4]) {
     rotate(x[3][1], x[3][0]);
     rotate(x[2][1], x[2][0]);
     rotate(x[1][3], x[0][3]);
@@ -190,7 +214,7 @@ int32_t& sampleAt(const OverlapRegion& region, int x, int y) {
 
 template <class Operators>
 void filterSquare(const OverlapRegion& region, int x, int y) {
-  Square square;
+  int32_t square[4][4];
   int32_t* const first = &sampleAt(region, x, y);
   for (int row = 0; row < 4; ++row) {
     for (int column = 0; column < 4; ++column) {
@@ -205,6 +229,33 @@ void filterSquare(const OverlapRegion& region, int x, int y) {
   }
 }
 
+void transpose(Lanes (&v)[4]) {
+  const Lanes a = __builtin_shufflevector(v[0], v[1], 0, 4, 1, 5);
+  const Lanes b = __builtin_shufflevector(v[2], v[3], 0, 4, 1, 5);
+  const Lanes c = __builtin_shufflevector(v[0], v[1], 2, 6, 3, 7);
+  const Lanes d = __builtin_shufflevector(v[2], v[3], 2, 6, 3, 7);
+  v[0] = __builtin_shufflevector(a, b, 0, 1, 4, 5);
+  v[1] = __builtin_shufflevector(a, b, 2, 3, 6, 7);
+  v[2] = __builtin_shufflevector(c, d, 0, 1, 4, 5);
+  v[3] = __builtin_shufflevector(c, d, 2, 3, 6, 7);
+}
+
+// As many squares as there are lanes, of samples that stand together.
+template <class Operators>
+void filterSquares(const OverlapRegion& region, int x, int y) {
+  Lanes squares[4][4];
+  int32_t* const first = &sampleAt(region, x, y);
+  for (int row = 0; row < 4; ++row) {
+    std::memcpy(squares[row], first + row * region.down, sizeof squares[row]);
+    transpose(squares[row]);
+  }
+  Operators::square(squares);
+  for (int row = 0; row < 4; ++row) {
+    transpose(squares[row]);
+    std::memcpy(first + row * region.down, squares[row], sizeof squares[row]);
+  }
+}
+
 template <class Operators>
 void filterBy4(const OverlapRegion& region) {
   const auto edge = [&](int x, int y, bool isVertical) {
@@ -215,8 +266,12 @@ void filterBy4(const OverlapRegion& region) {
   const int right = region.width - 2;
   const int bottom = region.height - 2;
   for (int y = 2; y < bottom; y += 4) {
-    for (const int x : {0, 1, right, right + 1}) edge(x, y, true);
-    for (int x = 2; x < right; x += 4) filterSquare<Operators>(region, x, y);
+    for (const int column : {0, 1, right, right + 1}) edge(column, y, true);
+    int x = 2;
+    if (region.across == 1) {
+      for (; x + 4 * (kLanes - 1) < right; x += 4 * kLanes) filterSquares<Operators>(region, x, y);
+    }
+    for (; x < right; x += 4) filterSquare<Operators>(region, x, y);
   }
   for (const int y : {0, 1, bottom, bottom + 1}) {
     for (int x = 2; x < right; x += 4) edge(x, y, false);

@@ -1,4 +1,4 @@
-// The overlap filters, which smooth the borders of blocks (ITU-T T.832 9.9.8, and annex D forward).
+// The overlap filters, which smooth the borders of blocks (ITU-T T.832).
 #ifndef ORB_HOSTS_JXR_OVERLAP_H
 #define ORB_HOSTS_JXR_OVERLAP_H
 

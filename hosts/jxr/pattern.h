@@ -1,4 +1,4 @@
-// Which blocks of a macroblock have high-pass coefficients (ITU-T T.832 8.7.18, 9.6).
+// Which blocks of a macroblock have high-pass coefficients (ITU-T T.832).
 #ifndef ORB_HOSTS_JXR_PATTERN_H
 #define ORB_HOSTS_JXR_PATTERN_H
 

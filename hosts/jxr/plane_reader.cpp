@@ -3,6 +3,7 @@
 #include "hosts/jxr/damage.h"
 #include "hosts/jxr/pattern.h"
 #include "hosts/jxr/second_stage.h"
+#include "hosts/jxr/stages.h"
 #include "orb90legacy.h"
 
 namespace orbhost::jxr {
@@ -50,9 +51,10 @@ int32_t refine(int32_t level, int bits, BitReader& from) {
 
 }  // namespace
 
-PlaneReader::PlaneReader(const PlaneHeader& header, const Tile& tile, std::vector<Plane>& planes,
-                         Macroblocks& macroblocks)
-    : header_(header),
+PlaneReader::PlaneReader(const ImageHeader& image, const PlaneHeader& header, const Tile& tile,
+                         std::vector<Plane>& planes, Macroblocks& macroblocks)
+    : image_(image),
+      header_(header),
       tile_(tile),
       planes_(planes),
       macroblocks_(macroblocks),
@@ -116,7 +118,7 @@ void PlaneReader::read(int x, int y, TileInput& input) {
     readHighPass(x, y, input, block);
     if (position.adapts) models_.adaptHighPass();
   }
-  placeDcs(x, y, block);
+  transform(x, y, block);
 }
 
 void PlaneReader::readDc(BitReader& from, Macroblock& block) {
@@ -249,14 +251,16 @@ int PlaneReader::readBlock(int channel, bool isCoded, int32_t step, TileInput& i
   return count;
 }
 
-void PlaneReader::placeDcs(int x, int y, Macroblock& block) {
+void PlaneReader::transform(int x, int y, const Macroblock& block) {
   for (int c = 0; c < header_.channels; ++c) {
     const int32_t dcStep = stepFor(kDc, 0, c);
     const int32_t lowPassStep = stepFor(kLowPass, block.lowPassNumber, c);
     int32_t coefficients[16];
     coefficients[0] = multiply(block.levels[c][0], dcStep);
     for (int i = 1; i < 16; ++i) coefficients[i] = multiply(block.levels[c][i], lowPassStep);
-    inverseSecondStage(header_.format, c, header_.scaled, coefficients, samplesOf(x, y, c));
+    const Rows<int32_t> samples = samplesOf(x, y, c);
+    inverseSecondStage(header_.format, c, header_.scaled, coefficients, samples);
+    if (goesByMacroblocks(image_)) inverseBlocks(header_.format, c, samples);
   }
 }
 

@@ -21,8 +21,8 @@ struct TileInput {
 
 class PlaneReader {
  public:
-  PlaneReader(const PlaneHeader& header, const Tile& tile, std::vector<Plane>& planes,
-              Macroblocks& macroblocks);
+  PlaneReader(const ImageHeader& image, const PlaneHeader& header, const Tile& tile,
+              std::vector<Plane>& planes, Macroblocks& macroblocks);
 
   // Quantisers that the plane's header leaves to the tile.
   void readTileHeader(Band band, BitReader& from);
@@ -37,10 +37,11 @@ class PlaneReader {
   void readLowPassUnit(int unit, BitReader& from, Macroblock& block, int (&counts)[2]);
   void readHighPass(int x, int y, TileInput& input, Macroblock& block);
   int readBlock(int channel, bool isCoded, int32_t step, TileInput& input, Rows<int32_t> to);
-  void placeDcs(int x, int y, Macroblock& block);
+  void transform(int x, int y, const Macroblock& block);
   Rows<int32_t> samplesOf(int x, int y, int channel);
   int32_t stepFor(Band band, int number, int channel) const;
 
+  const ImageHeader& image_;
   const PlaneHeader& header_;
   Tile tile_;
   std::vector<Plane>& planes_;

@@ -1,4 +1,4 @@
-// Prediction of coefficients from those beside and above (ITU-T T.832 9.7).
+// Prediction of coefficients from those beside and above (ITU-T T.832).
 #ifndef ORB_HOSTS_JXR_PREDICTION_H
 #define ORB_HOSTS_JXR_PREDICTION_H
 

@@ -1,4 +1,4 @@
-// Steps by index (ITU-T T.832 8.5, 9.9).
+// Steps by index (ITU-T T.832).
 #ifndef ORB_HOSTS_JXR_QUANTISER_H
 #define ORB_HOSTS_JXR_QUANTISER_H
 

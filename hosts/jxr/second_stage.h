@@ -1,4 +1,4 @@
-// The transform of the DCs of a macroblock's blocks (ITU-T T.832 9.9.2 to 9.9.7).
+// The transform of the DCs of a macroblock's blocks (ITU-T T.832).
 #ifndef ORB_HOSTS_JXR_SECOND_STAGE_H
 #define ORB_HOSTS_JXR_SECOND_STAGE_H
 
@@ -10,11 +10,12 @@
 namespace orbhost::jxr {
 
 // H2, the smallest operator of all transforms: on two columns and two rows. Its own inverse.
-inline void hadamard(int32_t& a, int32_t& b, int32_t& c, int32_t& d) {
+template <class Value>
+void hadamard(Value& a, Value& b, Value& c, Value& d) {
   a += d;
   b -= c;
-  const int32_t half = (a - b) >> 1;
-  const int32_t oldC = c;
+  const Value half = (a - b) >> 1;
+  const Value oldC = c;
   c = half - d;
   d = half - oldC;
   a -= d;

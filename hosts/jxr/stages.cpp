@@ -31,7 +31,6 @@ void filterSamples(Sense sense, const ImageHeader& image, ColourFormat format, i
 
 void filterDcs(Sense sense, const ImageHeader& image, ColourFormat format, int channel,
                Plane& plane) {
-  if (image.overlap < 2) return;
   const int wide = blocksWide(format, channel);
   const int high = blocksHigh(format, channel);
   eachRegion(image, [&](const Tile& tile) {
@@ -57,8 +56,21 @@ void checkOverlap(const ImageHeader& image, ColourFormat format) {
   });
 }
 
+void forwardBlocks(ColourFormat format, int channel, Rows<int32_t> macroblock) {
+  legacy90orbiPCTFwd_JPEGXR_32s_C1IR(
+      macroblock.first, static_cast<unsigned>(macroblock.stepBytes()),
+      blocksWide(format, channel) * 4, blocksHigh(format, channel) * 4);
+}
+
+void inverseBlocks(ColourFormat format, int channel, Rows<int32_t> macroblock) {
+  legacy90orbiPCTInv_JPEGXR_32s_C1IR(
+      macroblock.first, static_cast<unsigned>(macroblock.stepBytes()),
+      blocksWide(format, channel) * 4, blocksHigh(format, channel) * 4);
+}
+
 void forwardFirstStage(const ImageHeader& image, ColourFormat format, int channel, Plane& plane) {
   filterSamples(Sense::kForward, image, format, channel, plane);
+  if (goesByMacroblocks(image)) return;
   legacy90orbiPCTFwd_JPEGXR_32s_C1IR(plane.rows().first,
                                      static_cast<unsigned>(plane.rows().stepBytes()), plane.width(),
                                      plane.height());
@@ -66,10 +78,12 @@ void forwardFirstStage(const ImageHeader& image, ColourFormat format, int channe
 }
 
 void inverseFirstStage(const ImageHeader& image, ColourFormat format, int channel, Plane& plane) {
-  filterDcs(Sense::kInverse, image, format, channel, plane);
-  legacy90orbiPCTInv_JPEGXR_32s_C1IR(plane.rows().first,
-                                     static_cast<unsigned>(plane.rows().stepBytes()), plane.width(),
-                                     plane.height());
+  if (!goesByMacroblocks(image)) {
+    filterDcs(Sense::kInverse, image, format, channel, plane);
+    legacy90orbiPCTInv_JPEGXR_32s_C1IR(plane.rows().first,
+                                       static_cast<unsigned>(plane.rows().stepBytes()),
+                                       plane.width(), plane.height());
+  }
   filterSamples(Sense::kInverse, image, format, channel, plane);
 }
 

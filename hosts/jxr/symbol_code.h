@@ -1,4 +1,4 @@
-// The variable-length codes that a host reads and writes itself (ITU-T T.832 8.8): those of the DC
+// The variable-length codes that a host reads and writes itself (ITU-T T.832): those of the DC
 // band and of the patterns of coded blocks.
 #ifndef ORB_HOSTS_JXR_SYMBOL_CODE_H
 #define ORB_HOSTS_JXR_SYMBOL_CODE_H

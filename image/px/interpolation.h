@@ -85,33 +85,33 @@ struct Linear {
   }
 };
 
-// The cubics: four taps in each direction.
+// The cubics: four taps in each direction. Columns are summed first, then every other one of them,
+// so that vectors of four come to the same.
 template <class Taps>
 struct Cubic {
   template <Orb32s kChannels>
   static void sample(const SourceImage& source, Orb64f x, Orb64f y, Orb8u* dst) {
     const Taps across(x, source.size.width), down(y, source.size.height);
-    const Orb8u* rows[4];
-    for (Orb32s j = 0; j < 4; ++j) rows[j] = rowAt(source.first, source.step, down.pixel(j));
-    ptrdiff_t columns[4];
-    for (Orb32s i = 0; i < 4; ++i) columns[i] = static_cast<ptrdiff_t>(across.pixel(i)) * kChannels;
     for (Orb32s k = 0; k < kChannels; ++k) {
-      Orb64f sum = 0;
-      for (Orb32s j = 0; j < 4; ++j) {
-        Orb64f ofRow = 0;
-        for (Orb32s i = 0; i < 4; ++i) ofRow += across.weight[i] * rows[j][columns[i] + k];
-        sum += down.weight[j] * ofRow;
+      Orb64f ofColumn[4];
+      for (Orb32s i = 0; i < 4; ++i) {
+        Orb64f sum = 0;
+        for (Orb32s j = 0; j < 4; ++j) {
+          const Orb8u* pixel = source.pixel<kChannels>(across.pixel(i), down.pixel(j));
+          sum += down.weight[j] * pixel[k];
+        }
+        ofColumn[i] = across.weight[i] * sum;
       }
-      dst[k] = toNearest(sum);
+      dst[k] = toNearest((ofColumn[0] + ofColumn[2]) + (ofColumn[1] + ofColumn[3]));
     }
   }
 };
 
-// The cubic through four pixels in a row. Near the border those are the last four, and the cubic
-// goes on beyond the two in the middle.
+// The cubic through four pixels in a row, its weights in floats. Near the border those are the last
+// four, and the cubic goes on beyond the two in the middle.
 struct LagrangeTaps {
   Orb32s first;
-  Orb32f weight[4];
+  Orb64f weight[4];
 
   LagrangeTaps(Orb64f place, Orb32s length) : first(pixelBefore(place)) {
     first = first >= length - 2 ? length - 4 : first < 1 ? 0 : first - 1;
@@ -125,22 +125,25 @@ struct LagrangeTaps {
     weight[3] = stored(difference / 6);
   }
   Orb32s pixel(Orb32s i) const { return first + i; }
+  // Whether the four are neighbours.
+  bool areInARow() const { return true; }
 };
 
 // Catmull-Rom. Pixels beyond the border are those at it.
 struct CatmullRomTaps {
-  Orb32s before;
+  Orb32s first;
   Orb32s last;
   Orb64f weight[4];
 
-  CatmullRomTaps(Orb64f place, Orb32s length) : before(pixelBefore(place)), last(length - 1) {
-    const Orb64f t = place - before, square = t * t, cube = square * t;
+  CatmullRomTaps(Orb64f place, Orb32s length) : first(pixelBefore(place) - 1), last(length - 1) {
+    const Orb64f t = place - (first + 1), square = t * t, cube = square * t;
     weight[0] = -cube / 2 + square - t / 2;
     weight[1] = 3 * cube / 2 - 5 * square / 2 + 1;
     weight[2] = -3 * cube / 2 + 2 * square + t / 2;
     weight[3] = cube / 2 - square / 2;
   }
-  Orb32s pixel(Orb32s i) const { return limit(before - 1 + i, 0, last); }
+  Orb32s pixel(Orb32s i) const { return limit(first + i, 0, last); }
+  bool areInARow() const { return first >= 0 && first + 3 <= last; }
 };
 
 // ---- Runs of pixels

@@ -24,7 +24,7 @@ extern "C" {
  * What a step stores wraps to 16 bits (16s) or to 32 bits (32s). 16s is exact for samples of up to
  * 13 bits with their sign. 32f does the same steps without rounding: each is computed in double
  * precision and stored in single, so that the inverse comes back to within a few units in the last
- * place. Where the x87 unit of a 32-bit px has more bits, a step's last bit may differ.
+ * place.
  *
  * The step is unsigned, and rows do not overlap.
  */

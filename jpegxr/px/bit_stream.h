@@ -64,7 +64,8 @@ struct BitReader {
   }
   void fetchUnit() {
     if (count >= 16) return;
-    bits |= static_cast<Orb32u>(at[0] << 8 | at[1]) << (16 - count);
+    const Orb32u unit = __builtin_bswap16(load(reinterpret_cast<const Orb16u*>(at)));
+    bits |= unit << (16 - count);
     at += 2;
     count += 16;
   }

@@ -20,7 +20,7 @@ struct CodedSymbol {
 };
 [[gnu::always_inline]] inline CodedSymbol peekSymbol(const BitReader& reader,
                                                      const OrbiVLCState_JPEGXR& state,
-                                                     Orb32s coder) {
+                                                     Orb32u coder) {
   const auto& lookup = orbVlcLookups[state.lookups[coder] & kVlcLinkMask];
   Orb32s entry = lookup[peekBits(reader, kVlcLookupBits)];
   if (entry >= 0) return {static_cast<Orb32u>(entry >> 3), static_cast<Orb32u>(entry & 7)};
@@ -58,7 +58,7 @@ struct EscapedLevel {
 
 // A level of 2 or more.
 [[gnu::always_inline]] inline Orb32s decodeLevel(BitReader& reader, OrbiVLCState_JPEGXR& state,
-                                                 Orb32s coder) {
+                                                 Orb32u coder) {
   const CodedSymbol coded = peekSymbol(reader, state, coder);
   orbCountSymbol(state, coder, coded.symbol);
   if (coded.symbol < kLevelEscape) {
@@ -90,7 +90,7 @@ struct EscapedLevel {
 // and have fixed codes.
 template <class Form>
 [[gnu::always_inline]] inline CodedSymbol peekIndex(const BitReader& reader,
-                                                    OrbiVLCState_JPEGXR& state, Orb32s coder,
+                                                    OrbiVLCState_JPEGXR& state, Orb32u coder,
                                                     Orb32s position) {
   if (position < Form::kLast - 1) {
     const CodedSymbol coded = peekSymbol(reader, state, coder);
@@ -113,45 +113,43 @@ template <class Form>
 // on to where there is no position left, or into a run that goes there.
 enum class BlockEnd { kWhole, kNoPosition, kRunTooLong };
 struct DecodedBlock {
+  BitReader reader;
   Orb32s count;
   BlockEnd end;
 };
 
-// Hands each level, with its sign, to `place`, with its position.
+// Hands each level, with its sign, to `place`, with its position. Reader and place come by value,
+// and the reader goes back so: then both stay in registers, whatever is stored in the state.
 template <class Form, class Place>
-inline DecodedBlock orbDecodeBlock(BitReader& reader, OrbiVLCState_JPEGXR& state,
-                                   BlockCoders coders, const Place& place) {
+inline DecodedBlock orbDecodeBlock(BitReader reader, OrbiVLCState_JPEGXR& state, BlockCoders coders,
+                                   Place place) {
   const CodedSymbol coded = peekSymbol(reader, state, coders.index);
   const Orb32u first = coded.symbol;
   orbCountSymbol(state, coders.index, first);
   Orb32u next = first >> 2;
   Orb32u context = first & next & 1;
   Orb32s sign = takeSign(reader, coded.length);
-  Orb32s level =
-      first & 2 ? decodeLevel(reader, state, coders.level + static_cast<Orb32s>(context)) : 1;
+  Orb32s level = first & 2 ? decodeLevel(reader, state, coders.level + context) : 1;
   Orb32s position = Form::kFirst;
   if ((first & 1) == 0) position += decodeRun(reader, state, Form::kLast - position);
-  if (position > Form::kLast) return {0, BlockEnd::kRunTooLong};
+  if (position > Form::kLast) return {reader, 0, BlockEnd::kRunTooLong};
   place(position, withSign(level, sign));
 
   Orb32s count = 1;
   for (; next != 0; ++count) {
-    if (++position > Form::kLast) return {count, BlockEnd::kNoPosition};
+    if (++position > Form::kLast) return {reader, count, BlockEnd::kNoPosition};
     if (next == 2) {
       position += decodeRun(reader, state, Form::kLast - position);
-      if (position > Form::kLast) return {count, BlockEnd::kRunTooLong};
+      if (position > Form::kLast) return {reader, count, BlockEnd::kRunTooLong};
     }
-    const CodedSymbol later =
-        peekIndex<Form>(reader, state, coders.index + 1 + static_cast<Orb32s>(context), position);
+    const CodedSymbol later = peekIndex<Form>(reader, state, coders.index + 1 + context, position);
     sign = takeSign(reader, later.length);
     next = later.symbol >> 1;
     context &= next;
-    level = later.symbol & 1
-                ? decodeLevel(reader, state, coders.level + static_cast<Orb32s>(context))
-                : 1;
+    level = later.symbol & 1 ? decodeLevel(reader, state, coders.level + context) : 1;
     place(position, withSign(level, sign));
   }
-  return {count, BlockEnd::kWhole};
+  return {reader, count, BlockEnd::kWhole};
 }
 
 // ---- Where levels go

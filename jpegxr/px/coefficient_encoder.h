@@ -9,11 +9,11 @@
 
 namespace orb::ORB_BUILD::plain {
 
-inline OrbVlcCode codeOf(const OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32u symbol) {
+inline OrbVlcCode codeOf(const OrbiVLCState_JPEGXR& state, Orb32u coder, Orb32u symbol) {
   return orbVlcCodes[state.codes[coder] & kVlcLinkMask][symbol];
 }
 
-inline OrbVlcCode takeCode(OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32u symbol) {
+inline OrbVlcCode takeCode(OrbiVLCState_JPEGXR& state, Orb32u coder, Orb32u symbol) {
   orbCountSymbol(state, coder, symbol);
   return codeOf(state, coder, symbol);
 }
@@ -31,7 +31,7 @@ inline void putSigned(BitWriter& writer, OrbVlcCode code, Orb32s level) {
 }
 
 // Of a level that is too large, the largest is coded.
-inline void encodeEscapedLevel(BitWriter& writer, Orb32u level) {
+[[gnu::noinline]] inline BitWriter encodeEscapedLevel(BitWriter writer, Orb32u level) {
   const Orb32u value = (level < kLargestLevel ? level : kLargestLevel) - 2;
   const Orb32u n = 31 - static_cast<Orb32u>(__builtin_clz(value));
   putBits(writer, n < 19 ? n - 4 : 15, 4);
@@ -40,14 +40,16 @@ inline void encodeEscapedLevel(BitWriter& writer, Orb32u level) {
   const Orb32u bits = value - (1u << n);
   if (n > 16) putBits(writer, bits >> 16, n - 16);
   putBits(writer, bits & 65535, n > 16 ? 16 : n);
+  return writer;
 }
 
 // A level of 2 or more.
-inline void encodeLevel(BitWriter& writer, OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32u level) {
+[[gnu::always_inline]] inline void encodeLevel(BitWriter& writer, OrbiVLCState_JPEGXR& state,
+                                               Orb32u coder, Orb32u level) {
   if (level >= kLeastEscapedLevel) {
     const OrbVlcCode code = takeCode(state, coder, kLevelEscape);
     putBits(writer, code.bits, code.length);
-    encodeEscapedLevel(writer, level);
+    writer = encodeEscapedLevel(writer, level);
     return;
   }
   const Orb32u symbol = orbLevelSymbols[level];
@@ -55,8 +57,8 @@ inline void encodeLevel(BitWriter& writer, OrbiVLCState_JPEGXR& state, Orb32s co
 }
 
 // A run of 1 or more, where there is room for `room` positions.
-inline void encodeRun(BitWriter& writer, const OrbiVLCState_JPEGXR& state, Orb32s room,
-                      Orb32s run) {
+[[gnu::always_inline]] inline void encodeRun(BitWriter& writer, const OrbiVLCState_JPEGXR& state,
+                                             Orb32s room, Orb32s run) {
   if (room >= kLeastRunRoom) {
     const Orb32u row = orbRunRows[static_cast<Orb32u>(room)];
     const Orb32u symbol = orbRunSymbols[row][static_cast<Orb32u>(run)];
@@ -71,7 +73,7 @@ inline void encodeRun(BitWriter& writer, const OrbiVLCState_JPEGXR& state, Orb32
 
 // The code of the index of a coefficient that is not the first.
 template <class Form>
-inline OrbVlcCode takeIndexCode(OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32s position,
+inline OrbVlcCode takeIndexCode(OrbiVLCState_JPEGXR& state, Orb32u coder, Orb32s position,
                                 Orb32u index) {
   if (position < Form::kLast - 1) return takeCode(state, coder, index);
   if (position < Form::kLast) return orbLateIndexCodes[index];
@@ -96,10 +98,11 @@ inline Orb32u whatFollows(const Orb32s* pairs, Orb32s pairCount, Orb32s i) {
   return load(pairs + 2 * (i + 1)) > 0 ? 2 : 1;
 }
 
-// Writes one pair or more, all within the block.
+// Writes one pair or more, all within the block. The writer comes and goes by value, and so stays
+// in registers, whatever is stored in the state.
 template <class Form>
-inline void orbEncodeBlock(BitWriter& writer, OrbiVLCState_JPEGXR& state, BlockCoders coders,
-                           const Orb32s* pairs, Orb32s pairCount) {
+inline BitWriter orbEncodeBlock(BitWriter writer, OrbiVLCState_JPEGXR& state, BlockCoders coders,
+                                const Orb32s* pairs, Orb32s pairCount) {
   Orb32s run = load(pairs);
   Orb32s level = load(pairs + 1);
   Orb32u magnitude = magnitudeOf(level);
@@ -108,7 +111,7 @@ inline void orbEncodeBlock(BitWriter& writer, OrbiVLCState_JPEGXR& state, BlockC
   Orb32u context = first & next & 1;
   putSigned(writer, takeCode(state, coders.index, first), level);
   if (magnitude >= 2) {
-    encodeLevel(writer, state, coders.level + static_cast<Orb32s>(context), magnitude);
+    encodeLevel(writer, state, coders.level + context, magnitude);
   }
   Orb32s position = Form::kFirst + run;
   if (run > 0) encodeRun(writer, state, Form::kLast - Form::kFirst, run);
@@ -121,15 +124,15 @@ inline void orbEncodeBlock(BitWriter& writer, OrbiVLCState_JPEGXR& state, BlockC
     if (run > 0) encodeRun(writer, state, Form::kLast - position, run);
     position += run;
     next = whatFollows(pairs, pairCount, i);
-    const OrbVlcCode code =
-        takeIndexCode<Form>(state, coders.index + 1 + static_cast<Orb32s>(context), position,
-                            next << 1 | (magnitude >= 2 ? 1 : 0));
+    const OrbVlcCode code = takeIndexCode<Form>(state, coders.index + 1 + context, position,
+                                                next << 1 | (magnitude >= 2 ? 1 : 0));
     putSigned(writer, code, level);
     context &= next;
     if (magnitude >= 2) {
-      encodeLevel(writer, state, coders.level + static_cast<Orb32s>(context), magnitude);
+      encodeLevel(writer, state, coders.level + context, magnitude);
     }
   }
+  return writer;
 }
 
 // ---- Where coefficients come from

@@ -9,14 +9,14 @@ namespace orb::ORB_BUILD::plain {
 
 // The first of the index coders and of the level coders.
 struct BlockCoders {
-  Orb32s index;
-  Orb32s level;
+  Orb32u index;
+  Orb32u level;
 };
 inline BlockCoders highPassCoders(Orb32s colourClass) {
-  return {kHighPassIndexCoders + (colourClass != 0 ? kCodersOfClass : 0), kHighPassLevelCoders};
+  return {kHighPassIndexCoders + (colourClass != 0 ? kCodersOfClass : 0u), kHighPassLevelCoders};
 }
 inline BlockCoders lowPassCoders(Orb32s colourClass) {
-  return {kLowPassIndexCoders + (colourClass != 0 ? kCodersOfClass : 0), kLowPassLevelCoders};
+  return {kLowPassIndexCoders + (colourClass != 0 ? kCodersOfClass : 0u), kLowPassLevelCoders};
 }
 
 // A block without its DC, and the lists of the low-pass coefficients of both chroma planes.

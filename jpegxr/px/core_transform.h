@@ -7,12 +7,14 @@
 
 #include "frame/arith.h"
 #include "frame/memory_access.h"
+#include "frame/precision.h"
 
 namespace orb::ORB_BUILD::plain {
 
 // Shifts of 32-bit integers, which wrap.
 struct LiftIntegers {
   using Exact = Orb32s;
+  struct Precision {};
   template <Orb32s kRounding>
   static Orb32s halfDifference(Orb32s a, Orb32s b) {
     return (a - b + kRounding) >> 1;
@@ -38,7 +40,8 @@ struct Lift32s : LiftIntegers {
 struct Lift32f {
   using Sample = Orb32f;
   using Exact = Orb64f;
-  static Orb32f cut(Orb64f value) { return static_cast<Orb32f>(value); }
+  using Precision = DoublePrecision;
+  static Orb32f cut(Orb64f value) { return stored(static_cast<Orb32f>(value)); }
   template <Orb32s kRounding>
   static Orb64f halfDifference(Orb64f a, Orb64f b) {
     return 0.5 * (a - b);
@@ -195,6 +198,7 @@ inline void orbTransformBlock(typename Lift::Sample* block, Orb32u step) {
 template <class Transform, class Lift>
 inline void orbTransformRegion(typename Lift::Sample* first, Orb32u step, Orb32s width,
                                Orb32s height) {
+  [[maybe_unused]] typename Lift::Precision precision;
   for (Orb32s y = 0; y < height; y += 4) {
     for (Orb32s x = 0; x < width; x += 4) {
       orbTransformBlock<Transform, Lift>(first + x, step);

@@ -15,7 +15,7 @@ namespace orb::ORB_BUILD::plain {
 
 // Moves a coder to the next table if the symbols that it has coded ask for it: down by the first
 // discriminant, up by the second where there are two.
-inline void orbAdaptCoder(OrbiVLCState_JPEGXR& state, Orb32s coder) {
+inline void orbAdaptCoder(OrbiVLCState_JPEGXR& state, Orb32u coder) {
   OrbCoderRecord& record = state.coders[coder];
   const OrbVlcFamily family = orbVlcFamilies[record.symbols & 15];
   const Orb32s last = family.tableCount - 1;
@@ -49,15 +49,15 @@ inline void orbAdaptCoder(OrbiVLCState_JPEGXR& state, Orb32s coder) {
 
 inline void orbAdaptLowPass(OrbiVLCState_JPEGXR& state) {
   orbAdaptCoder(state, kRunCoder);
-  for (Orb32s i = kLowPassIndexCoders; i < kHighPassIndexCoders; ++i) orbAdaptCoder(state, i);
+  for (Orb32u i = kLowPassIndexCoders; i < kHighPassIndexCoders; ++i) orbAdaptCoder(state, i);
 }
 
 inline void orbAdaptHighPass(OrbiVLCState_JPEGXR& state) {
-  for (Orb32s i = kHighPassIndexCoders; i < kCoderCount; ++i) orbAdaptCoder(state, i);
+  for (Orb32u i = kHighPassIndexCoders; i < kCoderCount; ++i) orbAdaptCoder(state, i);
 }
 
 // Notes that a coder has coded a symbol.
-inline void orbCountSymbol(OrbiVLCState_JPEGXR& state, Orb32s coder, Orb32u symbol) {
+inline void orbCountSymbol(OrbiVLCState_JPEGXR& state, Orb32u coder, Orb32u symbol) {
   state.firstDiscriminant[coder] += orbVlcChanges[state.firstChanges[coder] & kVlcLinkMask][symbol];
   state.secondDiscriminant[coder] +=
       orbVlcChanges[state.secondChanges[coder] & kVlcLinkMask][symbol];

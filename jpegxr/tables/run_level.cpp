@@ -2,7 +2,7 @@
 
 namespace orb {
 
-constexpr OrbTable<OrbTable<OrbVlcRange, kVlcMostSymbols>, 3> orbRunRanges = {{
+constexpr OrbTable<OrbTable<OrbVlcRange, kVlcRow>, 3> orbRunRanges = {{
     {{{1, 0}, {2, 0}, {3, 1}, {5, 1}, {7, 3}}},
     {{{1, 0}, {2, 0}, {3, 1}, {5, 1}, {7, 2}}},
     {{{1, 0}, {2, 0}, {3, 0}, {4, 0}, {5, 1}}},

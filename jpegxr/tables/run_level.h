@@ -17,7 +17,7 @@ struct OrbVlcRange {
 
 // Runs, by row and symbol; the row is that of the room that is left, up to 15. There are 5 symbols,
 // and more for records that are damaged.
-extern const OrbTable<OrbTable<OrbVlcRange, kVlcMostSymbols>, 3> orbRunRanges;
+extern const OrbTable<OrbTable<OrbVlcRange, kVlcRow>, 3> orbRunRanges;
 extern const OrbTable<uint8_t, 16> orbRunRows;
 constexpr int32_t kLeastRunRoom = 5;  // shorter runs have fixed codes
 

@@ -39,8 +39,8 @@ constexpr OrbVlcCode parse(const char* text) {
   return code;
 }
 
-constexpr OrbTable<OrbTable<OrbVlcCode, kVlcMostSymbols>, kVlcLinkMask + 1> makeCodes() {
-  OrbTable<OrbTable<OrbVlcCode, kVlcMostSymbols>, kVlcLinkMask + 1> codes = {};
+constexpr OrbTable<OrbTable<OrbVlcCode, kVlcRow>, kVlcLinkMask + 1> makeCodes() {
+  OrbTable<OrbTable<OrbVlcCode, kVlcRow>, kVlcLinkMask + 1> codes = {};
   for (int table = 0; table < kTableCount; ++table) {
     for (int symbol = 0; symbol < kVlcMostSymbols; ++symbol) {
       codes[table][symbol] = parse(kCodeTexts[table][symbol]);
@@ -67,7 +67,7 @@ constexpr void addLong(Lookup& lookup, OrbVlcCode code, int symbol, int& pairs) 
   lookup[at] = static_cast<int16_t>(symbol * 8);
 }
 
-constexpr Lookup makeLookup(const OrbTable<OrbVlcCode, kVlcMostSymbols>& codes) {
+constexpr Lookup makeLookup(const OrbTable<OrbVlcCode, kVlcRow>& codes) {
   Lookup lookup = {};
   int pairs = 0;
   for (int symbol = 0; symbol < kVlcMostSymbols; ++symbol) {
@@ -90,8 +90,7 @@ constexpr OrbTable<Lookup, kVlcLinkMask + 1> makeLookups() {
 
 }  // namespace
 
-constexpr OrbTable<OrbTable<OrbVlcCode, kVlcMostSymbols>, kVlcLinkMask + 1> orbVlcCodes =
-    makeCodes();
+constexpr OrbTable<OrbTable<OrbVlcCode, kVlcRow>, kVlcLinkMask + 1> orbVlcCodes = makeCodes();
 constexpr OrbTable<Lookup, kVlcLinkMask + 1> orbVlcLookups = makeLookups();
 
 // Coding a run changes nothing, so that the run coder stays with its first table.
@@ -117,7 +116,7 @@ constexpr OrbTable<OrbVlcFamily, 16> orbVlcFamilies = {{
 constexpr OrbTable<uint8_t, 21> orbVlcSymbols = {
     {5, 4, 8, 7, 7, 12, 6, 6, 12, 6, 6, 7, 7, 12, 6, 6, 12, 6, 6, 7, 7}};
 
-constexpr OrbTable<OrbTable<int8_t, kVlcMostSymbols>, kVlcLinkMask + 1> orbVlcChanges = {{
+constexpr OrbTable<OrbTable<int8_t, kVlcRow>, kVlcLinkMask + 1> orbVlcChanges = {{
     {},
     // 7 symbols.
     {{1, 0, -1, -1, -1, -1, -1}},

@@ -11,6 +11,9 @@ namespace orb {
 
 constexpr int32_t kVlcMostSymbols = 12;
 
+// Rows are as long as powers of two, so that a link is but shifted.
+constexpr int32_t kVlcRow = 16;
+
 // Links are masked with this; tables behind the last one are empty.
 constexpr uint32_t kVlcLinkMask = 15;
 
@@ -36,17 +39,17 @@ struct OrbVlcCode {
   uint8_t bits;
   uint8_t length;
 };
-extern const OrbTable<OrbTable<OrbVlcCode, kVlcMostSymbols>, kVlcLinkMask + 1> orbVlcCodes;
+extern const OrbTable<OrbTable<OrbVlcCode, kVlcRow>, kVlcLinkMask + 1> orbVlcCodes;
 
 // By the next five bits: eight times the symbol, and the length of its code. For a longer code a
 // negative entry, -n: pair n behind the lookup, to be chosen from by the next bit, and so on.
 // Entries there have no length.
 constexpr int32_t kVlcLookupBits = 5;
-constexpr int32_t kVlcLookupSize = (1 << kVlcLookupBits) + 2 * 6;
+constexpr int32_t kVlcLookupSize = 64;
 extern const OrbTable<OrbTable<int16_t, kVlcLookupSize>, kVlcLinkMask + 1> orbVlcLookups;
 
 // What a symbol adds to a discriminant. Row 0 changes nothing.
-extern const OrbTable<OrbTable<int8_t, kVlcMostSymbols>, kVlcLinkMask + 1> orbVlcChanges;
+extern const OrbTable<OrbTable<int8_t, kVlcRow>, kVlcLinkMask + 1> orbVlcChanges;
 
 }  // namespace orb
 

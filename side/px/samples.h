@@ -113,7 +113,9 @@ inline void deinterleaveAny(const T* src, Orb32s channels, ptrdiff_t len, T* con
 
 template <class T>
 inline void orbInterleave(T* const* src, Orb32s channels, ptrdiff_t len, T* dst) {
-  if (channels == 2) {
+  if (channels == 1) {
+    __builtin_memcpy(dst, load(src), static_cast<size_t>(len) * sizeof(T));
+  } else if (channels == 2) {
     interleavePair(load(src), load(src + 1), len, dst);
   } else {
     interleaveAny(src, channels, len, dst);
@@ -122,7 +124,9 @@ inline void orbInterleave(T* const* src, Orb32s channels, ptrdiff_t len, T* dst)
 
 template <class T>
 inline void orbDeinterleave(const T* src, Orb32s channels, ptrdiff_t len, T* const* dst) {
-  if (channels == 2) {
+  if (channels == 1) {
+    __builtin_memcpy(load(dst), src, static_cast<size_t>(len) * sizeof(T));
+  } else if (channels == 2) {
     deinterleavePair(src, len, load(dst), load(dst + 1));
   } else {
     deinterleaveAny(src, channels, len, dst);

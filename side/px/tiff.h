@@ -48,6 +48,33 @@ inline Orb32s differentFromNext(const Orb8u* bytes, Orb32s limit) {
   return n;
 }
 
+// ---- The bytes of an item, at most 128, in blocks that may overlap: calls and repeated
+// instructions take longer to begin than to end
+
+template <int kBlock>
+inline void copyBlocks(Orb8u* dst, const Orb8u* src, Orb32s count) {
+  for (Orb32s i = 0; i < count - kBlock; i += kBlock) __builtin_memcpy(dst + i, src + i, kBlock);
+  __builtin_memcpy(dst + count - kBlock, src + count - kBlock, kBlock);
+}
+
+inline void copyItem(Orb8u* dst, const Orb8u* src, Orb32s count) {
+  if (count >= 16) return copyBlocks<16>(dst, src, count);
+  if (count >= 4) return copyBlocks<4>(dst, src, count);
+  for (Orb32s i = 0; i < count; ++i) dst[i] = src[i];
+}
+
+template <int kBlock>
+inline void fillBlocks(Orb8u* dst, Orb8u value, Orb32s count) {
+  for (Orb32s i = 0; i < count - kBlock; i += kBlock) __builtin_memset(dst + i, value, kBlock);
+  __builtin_memset(dst + count - kBlock, value, kBlock);
+}
+
+inline void fillItem(Orb8u* dst, Orb8u value, Orb32s count) {
+  if (count >= 16) return fillBlocks<16>(dst, value, count);
+  if (count >= 4) return fillBlocks<4>(dst, value, count);
+  for (Orb32s i = 0; i < count; ++i) dst[i] = value;
+}
+
 // ---- PackBits
 
 class RowPacker {
@@ -111,7 +138,7 @@ class RowPacker {
   }
 
   void appendLiterals(Orb32s count) {
-    __builtin_memcpy(dst_ + at_, src_, static_cast<size_t>(count));
+    copyItem(dst_ + at_, src_, count);
     at_ += count;
     take(count);
     history_ = history_ << 1 | 1;
@@ -143,9 +170,9 @@ inline bool orbUnpackBits(const Orb8u* src, Orb32s& cursor, Orb32s srcLen, Orb8u
     const Orb32s data = control < 0 ? 1 : count;
     if (data > srcLen - cursor || count > dstLen - made) return false;
     if (control < 0) {
-      __builtin_memset(dst + made, src[cursor], static_cast<size_t>(count));
+      fillItem(dst + made, src[cursor], count);
     } else {
-      __builtin_memcpy(dst + made, src + cursor, static_cast<size_t>(count));
+      copyItem(dst + made, src + cursor, count);
     }
     cursor += data;
     made += count;

@@ -119,9 +119,10 @@ template <class Code>
 inline void orbSplitScaled(const Orb8u* src, ptrdiff_t step, ptrdiff_t len, Orb32f* dst) {
   ptrdiff_t i = 0;
   for (; len - i >= 4; i += 4) {
-    Orb32s codes[4];
-    for (int k = 0; k < 4; ++k) codes[k] = Code::read(src + (i + k) * step);
-    storeSamples(dst + i, _mm_castps_si128(samplesOf<Code>(loadSamples(codes))));
+    const Orb8u* const at = src + i * step;
+    const __m128i codes = _mm_setr_epi32(Code::read(at), Code::read(at + step),
+                                         Code::read(at + 2 * step), Code::read(at + 3 * step));
+    storeSamples(dst + i, _mm_castps_si128(samplesOf<Code>(codes)));
   }
   plain::orbSplitScaled<Code>(src + i * step, step, len - i, dst + i);
 }

@@ -43,19 +43,19 @@ std::vector<Bytes> everyKind() {
   for (const int channels : {1, 3, 4}) {
     EncodeOptions options;
     options.quality = channels == 1 ? 100 : 80;
-    files.push_back(encodeJxr(draw(Motif::kScene, 40, 30, channels), options));
+    files.push_back(encodeJxr(draw(Motif::kScene, 36, 20, channels), options));
     options.frequencyOrder = true;
     options.tileWidth = 16;
     options.tileHeight = 32;
     options.trim = 1;
-    files.push_back(encodeJxr(draw(Motif::kNoise, 40, 30, channels, 65535), options));
+    files.push_back(encodeJxr(draw(Motif::kNoise, 36, 20, channels, 65535), options));
   }
   for (const Subsampling subsampling : {Subsampling::k422, Subsampling::k420}) {
     EncodeOptions options;
     options.quality = 70;
     options.overlap = 2;
     options.subsampling = subsampling;
-    files.push_back(encodeJxr(draw(Motif::kScene, 40, 30, 3), options));
+    files.push_back(encodeJxr(draw(Motif::kScene, 36, 20, 3), options));
   }
   return files;
 }

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "hosts/jxr/container.h"
+#include "hosts/jxr/encode.h"
 #include "tests/hosts/support/jxr_judges.h"
 #include "tests/hosts/support/pictures.h"
 
@@ -156,6 +158,47 @@ TEST(JxrDecode, TransparencyIsDropped) {
         const Bytes file = orbtest::jxrEncAppTransparent(image, options);
         EXPECT_EQ(difference(decodeJxr(file), orbtest::jxrDecAppTransparent(file, image)).largest,
                   0);
+      }
+    }
+  }
+}
+
+// A file that says how it is to be turned: 4 turns clockwise, then 2 flips left and right, and 1
+// flips top and bottom. The judge is asked about flips.
+TEST(JxrDecode, TurnsAsTheFileSays) {
+  for (const int maximum : {255, 65535}) {
+    const Image image = draw(Motif::kScene, 40, 23, 3, maximum);
+    orbhost::jxr::EncodeOptions options;
+    options.quality = 100;
+    for (int orientation = 0; orientation < 8; ++orientation) {
+      SCOPED_TRACE(orientation);
+      const Bytes upright = encodeJxr(image, options);
+      Bytes file = upright;
+      const size_t codestream = static_cast<size_t>(orbhost::jxr::findCodestream(file).data -
+                                                    static_cast<const uint8_t*>(file.data()));
+      file[codestream + 9] = static_cast<uint8_t>(file[codestream + 9] | orientation << 3);
+
+      const bool turns = orientation >= 4;
+      Image expected(turns ? 23 : 40, turns ? 40 : 23, 3, maximum);
+      for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+          int toX = turns ? image.height() - 1 - y : x;
+          int toY = turns ? x : y;
+          if (orientation & 2) toX = expected.width() - 1 - toX;
+          if (orientation & 1) toY = expected.height() - 1 - toY;
+          for (int c = 0; c < 3; ++c) {
+            if (maximum > 255) {
+              expected.wideRow(toY)[3 * toX + c] = image.wideRow(y)[3 * x + c];
+            } else {
+              expected.row(toY)[3 * toX + c] = image.row(y)[3 * x + c];
+            }
+          }
+        }
+      }
+      EXPECT_EQ(difference(decodeJxr(file), expected).largest, 0);
+      if (!turns) {
+        const Image judged = jxrDecApp(upright, expected, {"-O", std::to_string(orientation)});
+        EXPECT_EQ(difference(judged, expected).largest, 0);
       }
     }
   }

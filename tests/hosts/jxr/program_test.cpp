@@ -68,8 +68,9 @@ TEST_F(JxrProgram, TakesEveryOption) {
   options.trim = 2;
   options.tileWidth = 32;
   options.tileHeight = 16;
+  options.hardTiles = true;
   EXPECT_EQ(encoded({"--quantiser", "33", "--subsampling", "422", "--overlap", "0", "--order",
-                     "frequency", "--trim", "2", "--tile", "32x16"}),
+                     "frequency", "--trim", "2", "--tile", "32x16", "--hard-tiles"}),
             encodeJxr(image_, options));
 }
 

@@ -2,6 +2,7 @@
 
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include "hosts/file.h"
 #include "hosts/image_file.h"
@@ -17,11 +18,18 @@ using orbhost::writeFile;
 
 namespace {
 
-void runWith(std::vector<std::string> command, const std::string& options) {
+std::string runWith(std::vector<std::string> command, const std::string& options) {
   std::istringstream words(options);
   for (std::string word; words >> word;) command.push_back(word);
   const Outcome outcome = run(command);
   if (outcome.status != 0) throw std::runtime_error(command[0] + ": " + outcome.output);
+  return outcome.output;
+}
+
+// As above; a warning is a failure too.
+void runQuietly(std::vector<std::string> command, const std::string& options) {
+  const std::string output = runWith(std::move(command), options);
+  if (output.find("[WARNING]") != std::string::npos) throw std::runtime_error(output);
 }
 
 const char* nameOf(J2kFormat format) {
@@ -59,7 +67,7 @@ Bytes opjCompressRaw(const Bytes& samples, const std::string& layout, const std:
 Image opjDecompress(const Bytes& file, const std::string& options) {
   const Directory directory;
   const std::string to = directory / "image.pnm";
-  runWith({"opj_decompress", "-i", writtenFile(directory, file), "-o", to}, options);
+  runQuietly({"opj_decompress", "-i", writtenFile(directory, file), "-o", to}, options);
   return orbhost::parseImage(readFile(to));
 }
 

@@ -21,7 +21,7 @@ orbhost::Bytes opjCompressRaw(const orbhost::Bytes& samples, const std::string& 
                               const std::string& options = "",
                               J2kFormat format = J2kFormat::kCodestream);
 
-// opj_decompress of a picture with one or three components.
+// opj_decompress of a picture with one or three components. A warning is a failure of the test.
 orbhost::Image opjDecompress(const orbhost::Bytes& file, const std::string& options = "");
 
 // A component of any file, its samples from 0 on.

@@ -73,11 +73,11 @@ Bytes jxrEncApp(const Image& image, const std::vector<std::string>& options) {
   return readFile(directory / "out.jxr");
 }
 
-Image jxrDecApp(const Bytes& file, const Image& like) {
+Image jxrDecApp(const Bytes& file, const Image& like, const std::vector<std::string>& options) {
   const Directory directory;
   writeFile(directory / "in.jxr", file);
   const std::string to = directory / ("out" + extensionOf(like));
-  runWell({"JxrDecApp", "-i", directory / "in.jxr", "-o", to, "-c", formatOf(like)}, {});
+  runWell({"JxrDecApp", "-i", directory / "in.jxr", "-o", to, "-c", formatOf(like)}, options);
   // The program writes a head that is not always right, and samples in the machine's order.
   const Bytes pixels = readFile(to);
   Image image(like.width(), like.height(), like.channels(), like.maximum());

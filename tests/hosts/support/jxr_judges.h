@@ -15,7 +15,8 @@ namespace orbtest {
 orbhost::Bytes jxrEncApp(const orbhost::Image& image, const std::vector<std::string>& options);
 
 // A file of a picture of this shape: grey, RGB or CMYK.
-orbhost::Image jxrDecApp(const orbhost::Bytes& file, const orbhost::Image& like);
+orbhost::Image jxrDecApp(const orbhost::Bytes& file, const orbhost::Image& like,
+                         const std::vector<std::string>& options = {});
 
 // An RGB picture of 8 bits with some transparency, which is left out again.
 orbhost::Bytes jxrEncAppTransparent(const orbhost::Image& image,

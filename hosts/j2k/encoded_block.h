@@ -1,6 +1,6 @@
 // A code-block's bytes, and where they may be cut.
-#ifndef ORB_HOSTS_J2K_CODED_BLOCK_H
-#define ORB_HOSTS_J2K_CODED_BLOCK_H
+#ifndef ORB_HOSTS_J2K_ENCODED_BLOCK_H
+#define ORB_HOSTS_J2K_ENCODED_BLOCK_H
 
 #include <cstdint>
 #include <vector>
@@ -9,7 +9,7 @@
 
 namespace orbhost::j2k {
 
-struct CodedBlock {
+struct EncodedBlock {
   struct Pass {
     int32_t length;          // how many bytes of the block are enough up to here
     int32_t segment;         // of the codeword segments, the one it is in
@@ -40,21 +40,21 @@ struct CodedBlock {
 };
 
 // The squared error that the chosen passes leave in the picture.
-double errorOfChosen(const CodedBlock& block);
+double errorOfChosen(const EncodedBlock& block);
 
 // How many passes are worth a slope.
-int passesWorth(const CodedBlock& block, double slope);
+int passesWorth(const EncodedBlock& block, double slope);
 
 // Finds the cuts: behind any pass, or only where segments end.
-void findCuts(CodedBlock& block, bool onlyAtSegmentEnds);
+void findCuts(EncodedBlock& block, bool onlyAtSegmentEnds);
 
 // Calls `visit` with the number of passes of each piece of a segment between two numbers of passes,
 // and where its bytes begin and end.
 template <class Visit>
-void forEachPiece(const CodedBlock& block, int firstPass, int passEnd, Visit visit) {
+void forEachPiece(const EncodedBlock& block, int firstPass, int passEnd, Visit visit) {
   int32_t begin = firstPass == 0 ? 0 : block.passes[firstPass - 1].length;
   while (firstPass < passEnd) {
-    const CodedBlock::Segment& segment = block.segments[block.passes[firstPass].segment];
+    const EncodedBlock::Segment& segment = block.segments[block.passes[firstPass].segment];
     const int end = passEnd < segment.passEnd ? passEnd : segment.passEnd;
     if (begin < segment.begin) begin = segment.begin;
     const int32_t length = block.passes[end - 1].length;

@@ -1,33 +1,33 @@
-#include "hosts/j2k/coded_block.h"
+#include "hosts/j2k/encoded_block.h"
 
 #include <algorithm>
 
 namespace orbhost::j2k {
 
-double errorOfChosen(const CodedBlock& block) {
+double errorOfChosen(const EncodedBlock& block) {
   if (block.passes.empty()) return block.errorLeft;
   const double taken = block.chosen == 0 ? 0 : block.passes[block.chosen - 1].errorLess;
   return block.errorLeft + block.passes.back().errorLess - taken;
 }
 
-int passesWorth(const CodedBlock& block, double slope) {
+int passesWorth(const EncodedBlock& block, double slope) {
   const auto behind =
       std::partition_point(block.cuts.begin(), block.cuts.end(),
-                           [slope](const CodedBlock::Cut& cut) { return cut.slope >= slope; });
+                           [slope](const EncodedBlock::Cut& cut) { return cut.slope >= slope; });
   return behind == block.cuts.begin() ? 0 : behind[-1].passes;
 }
 
-void findCuts(CodedBlock& block, bool onlyAtSegmentEnds) {
+void findCuts(EncodedBlock& block, bool onlyAtSegmentEnds) {
   const auto passOf = [&](int passes) {
-    return passes == 0 ? CodedBlock::Pass{0, 0, 0} : block.passes[passes - 1];
+    return passes == 0 ? EncodedBlock::Pass{0, 0, 0} : block.passes[passes - 1];
   };
   block.cuts.clear();
   for (int passes = 1; passes <= static_cast<int>(block.passes.size()); ++passes) {
-    const CodedBlock::Pass& pass = block.passes[passes - 1];
+    const EncodedBlock::Pass& pass = block.passes[passes - 1];
     if (onlyAtSegmentEnds && block.segments[pass.segment].passEnd != passes) continue;
     // A cut that is worth less than what follows it is none.
     for (;;) {
-      const CodedBlock::Pass before = passOf(block.cuts.empty() ? 0 : block.cuts.back().passes);
+      const EncodedBlock::Pass before = passOf(block.cuts.empty() ? 0 : block.cuts.back().passes);
       const double gain = pass.errorLess - before.errorLess;
       if (gain <= 0) break;
       const double slope = gain / std::max(pass.length - before.length, 1);
