@@ -83,8 +83,8 @@ ORB_API OrbStatus ORB_CALL legacy90orbiResizeGetBufSize(OrbiRect srcRoi, OrbiRec
  *                         exact sum S
  *
  * With orbInterAntialias the kernel is as much wider as the reduction wants it, 2^20 times at most,
- * and its weights are divided by their sum. It stands at p + 0.5 among the samples: the picture lies
- * half a source pixel further up and left than without the option.
+ * and its weights are divided by their sum. It stands at p + 0.5 among the samples: the picture
+ * lies half a source pixel further up and left than without the option.
  *
  * Floats are rounded by trunc(v + 0.5000001) and limited to 0..255. An image with a side below 6
  * gets orbInterLagrange in place of orbInterLanczos; one with a side below 4 orbInterLinear in
