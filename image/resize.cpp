@@ -157,6 +157,11 @@ struct Stretch {
   return axis;
 }
 
+[[gnu::noinline]] static Orb64f areaScaleOf(Orb64f xFactor, Orb64f yFactor) {
+  const DoublePrecision precision;
+  return xFactor * yFactor;
+}
+
 // ---- The resize
 
 struct Resize {
@@ -217,7 +222,7 @@ static OrbStatus resize(const Orb8u* pSrc, OrbiSize srcSize, Orb32s srcStep, Orb
                              static_cast<ptrdiff_t>(x.first) * kChannels,
                          dstStep};
   run<kChannels>({source, target, x, y, methodForSize(method, srcSize),
-                  hasOption(interpolation, orbInterAntialias), xFactor * yFactor,
+                  hasOption(interpolation, orbInterAntialias), areaScaleOf(xFactor, yFactor),
                   Scratch(pBuffer, scratchSize(srcRoi, dstRoi, kChannels, interpolation))});
   if (fades || blends) drawRim(target, x, y, blends, kChannels);
   return ignoresAntialias(interpolation) ? orbStsAntialiasIgnored : orbStsNoErr;

@@ -199,11 +199,29 @@ template <int kChannels>
 
 // ----
 
+// Whether an axis has boxes of two samples, all within the image.
+inline bool isHalved(const BoxAxis& axis) {
+  return axis.side == 2 && axis.first >= 0 && axis.first + 2.0 * axis.count <= axis.size;
+}
+
+template <int kChannels>
+inline void halve(const Source& source, const Target& target, const BoxAxis& x, const BoxAxis& y) {
+  const ptrdiff_t column = static_cast<ptrdiff_t>(x.first) * kChannels;
+  const ptrdiff_t row = static_cast<ptrdiff_t>(y.first);
+  for (ptrdiff_t i = 0; i < y.count; ++i) {
+    kernel::orbHalveRow<kChannels>(source.row(row + 2 * i) + column,
+                                   source.row(row + 2 * i + 1) + column, target.row(i), x.count);
+  }
+}
+
 // `scale` makes a mean of the sum of a box.
 template <int kChannels>
 inline void resizeByArea(const Source& source, const Target& target, const BoxAxis& x,
                          const BoxAxis& y, Orb64f scale, Scratch scratch) {
   const BoxAxes axes = boxAxesOf(x, y);
+  if (axes.areWhole && isHalved(axes.x) && isHalved(axes.y) && scale == 0.25) {
+    return halve<kChannels>(source, target, axes.x, axes.y);
+  }
   const Orb32s longest = longestStretch(axes.x, kChannels, scratch.left());
   if (longest == 0) {
     for (Orb32s i = 0; i < y.count; ++i) {

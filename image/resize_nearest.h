@@ -32,7 +32,7 @@ inline void resizeNearest(const Source& source, const Target& target, const Axis
   findNearest(y, rows);
   for (Orb32s i = 0; i < y.count; ++i) {
     if (i > 0 && rows[i] == rows[i - 1]) {
-      __builtin_memcpy(target.row(i), target.row(i - 1), static_cast<size_t>(x.count) * kChannels);
+      __builtin_memmove(target.row(i), target.row(i - 1), static_cast<size_t>(x.count) * kChannels);
     } else {
       takeNearest<kChannels>(source.row(rows[i]), columns, target.row(i), x.count);
     }

@@ -59,6 +59,18 @@ inline void orbSumColumns(Sum* sums, const BoxBoundary* boundaries, ptrdiff_t bo
   }
 }
 
+// Means of four pixels each.
+template <int kChannels>
+inline void orbHalveRow(const Orb8u* upper, const Orb8u* lower, Orb8u* dst, ptrdiff_t width) {
+  for (ptrdiff_t x = 0; x < width; ++x) {
+    for (int c = 0; c < kChannels; ++c) {
+      const ptrdiff_t i = 2 * x * kChannels + c;
+      const Orb32s sum = upper[i] + upper[i + kChannels] + lower[i] + lower[i + kChannels];
+      dst[x * kChannels + c] = static_cast<Orb8u>((sum + 2) >> 2);
+    }
+  }
+}
+
 inline Orb8u meanOf(Orb64f sum, Orb64f scale) {
   const Orb64f mean = sum * scale + 0.5;
   return mean < 256 ? static_cast<Orb8u>(static_cast<Orb32s>(mean)) : 255;

@@ -2,6 +2,7 @@
 #ifndef ORB_IMAGE_SIMD_RESIZE_AREA_H
 #define ORB_IMAGE_SIMD_RESIZE_AREA_H
 
+#include "frame/vec.h"
 #include "frame/vec_float.h"
 #include "image/px/resize_area.h"
 
@@ -42,6 +43,48 @@ inline void orbSumRow(const Orb8u* row, Orb32s weight, bool isFirst, Orb32s* sum
     }
   }
   plain::orbSumRow(row + i, weight, isFirst, sums + i, samples - i);
+}
+
+// The sums of neighbours, as words.
+inline I16 pairSums(const Orb8u* row) {
+  const I16 pairs = loadI16(reinterpret_cast<const Orb16s*>(row));
+  return (pairs & splatI16(255)) + shiftRightUnsigned(pairs, 8);
+}
+
+// Two means of four pixels with four channels each, as words.
+inline __m128i meansOfPixels(const Orb8u* upper, const Orb8u* lower) {
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i above = _mm_loadu_si128(reinterpret_cast<const __m128i*>(upper));
+  const __m128i below = _mm_loadu_si128(reinterpret_cast<const __m128i*>(lower));
+  const __m128i left =
+      _mm_add_epi16(_mm_unpacklo_epi8(above, zero), _mm_unpacklo_epi8(below, zero));
+  const __m128i right =
+      _mm_add_epi16(_mm_unpackhi_epi8(above, zero), _mm_unpackhi_epi8(below, zero));
+  const __m128i sums =
+      _mm_add_epi16(_mm_unpacklo_epi64(left, right), _mm_unpackhi_epi64(left, right));
+  return _mm_srli_epi16(_mm_add_epi16(sums, _mm_set1_epi16(2)), 2);
+}
+
+template <int kChannels>
+inline void orbHalveRow(const Orb8u* upper, const Orb8u* lower, Orb8u* dst, ptrdiff_t width) {
+  ptrdiff_t x = 0;
+  if constexpr (kChannels == 1) {
+    const auto means = [&](ptrdiff_t at) {
+      const I16 sums = pairSums(upper + 2 * at) + pairSums(lower + 2 * at);
+      return shiftRightUnsigned(sums + splatI16(2), 2);
+    };
+    for (; x + 2 * kI16Lanes <= width; x += 2 * kI16Lanes) {
+      storeLimited8u(dst + x, means(x), means(x + kI16Lanes));
+    }
+  } else if constexpr (kChannels == 4) {
+    for (; x + 4 <= width; x += 4) {
+      const __m128i first = meansOfPixels(upper + 8 * x, lower + 8 * x);
+      const __m128i second = meansOfPixels(upper + 8 * x + 16, lower + 8 * x + 16);
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 4 * x), _mm_packus_epi16(first, second));
+    }
+  }
+  plain::orbHalveRow<kChannels>(upper + 2 * x * kChannels, lower + 2 * x * kChannels,
+                                dst + x * kChannels, width - x);
 }
 
 }  // namespace orb::ORB_BUILD::simd

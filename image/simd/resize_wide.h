@@ -47,11 +47,10 @@ inline __m128 sumsOfEight(const Orb8u* src, const Orb32f* weights, Orb32s taps) 
 // the last one must be there, and weigh nothing.
 inline ptrdiff_t wideAcrossLanes(const Orb8u* src, const WideTaps& taps, Orb32f* dst, Orb32s width,
                                  Orb32s size) {
-  const auto reach = [&](ptrdiff_t x) { return taps.first[x] + ((taps.count[x] + 7) & ~7); };
+  const Orb32s reach = (taps.stride + 7) & ~7;
+  while (width > 0 && taps.first[width - 1] > size - reach) --width;
   ptrdiff_t x = 0;
-  for (; x + 4 <= width && reach(x) <= size && reach(x + 1) <= size && reach(x + 2) <= size &&
-         reach(x + 3) <= size;
-       x += 4) {
+  for (; x + 4 <= width; x += 4) {
     __m128 sums[4];
     for (int i = 0; i < 4; ++i) {
       sums[i] = sumsOfEight(src + taps.first[x + i], taps.weights + (x + i) * taps.stride,

@@ -20,14 +20,13 @@ extern "C" {
  * holds for every image around srcRoi. With sw x sh and dw x dh the sizes of the two, c channels
  * and up(v, n) the next multiple of n, it is 16 and
  *
- *   base                  64 * (up(dw, 16) + up(dh, 16)) / 16
+ *   base                  4 * (up(dw, 16) + up(dh, 16))
  *   orbInterNearest       base
  *   orbInterLinear        base + 4 * (up(dw, 64) + up(dh, 64)) + c * 256 * ((8 * dw + 508) / 256)
  *   four-sample methods   base + 4 * (up(dw, 32) + up(dh, 32)) + 128 * ((4 * dw + 127) / 32)
  *                         + 128 * ((16 * dh + 508) / 128) + c * 256 * ((4 * dw + 255) / 64)
- *   orbInterLanczos       base + 4 * (up(dw, 32) + up(dh, 32)) + (1 + c) * 128 * ((6 * dw + 191) /
- * 32)
- *                         + 128 * ((6 * dh + 191) / 32)
+ *   orbInterLanczos       base + 4 * (up(dw, 32) + up(dh, 32)) + 128 * ((6 * dh + 191) / 32)
+ *                         + (1 + c) * 128 * ((6 * dw + 191) / 32)
  *   orbInterSuper         c * 128 * ((sw + 15) / 16)
  *   orbInterAntialias     4 * up(dw * c, 16) + 8 * up(dw * sh * c, 16)
  *                         + 8 * up((2 * N + 2) * dw, 16) + 8 * up((2 * M + 2) * dh, 16)
@@ -82,9 +81,9 @@ ORB_API OrbStatus ORB_CALL legacy90orbiResizeGetBufSize(OrbiRect srcRoi, OrbiRec
  *                         that is of whole pixels it is trunc(S * (xFactor * yFactor) + 0.5) of the
  *                         exact sum S
  *
- * With orbInterAntialias the kernel is as much wider as the reduction wants it, and its weights are
- * divided by their sum. It stands at p + 0.5 among the samples: the picture lies half a source
- * pixel further up and left than without the option. A kernel is not widened beyond 2^20 times its width.
+ * With orbInterAntialias the kernel is as much wider as the reduction wants it, 2^20 times at most,
+ * and its weights are divided by their sum. It stands at p + 0.5 among the samples: the picture
+ * lies half a source pixel further up and left than without the option.
  *
  * Floats are rounded by trunc(v + 0.5000001) and limited to 0..255. An image with a side below 6
  * gets orbInterLagrange in place of orbInterLanczos; one with a side below 4 orbInterLinear in
