@@ -102,15 +102,16 @@ struct LagrangeSamples {
   static constexpr int kTaps = 4;
   static constexpr Orb32s kBefore = 1;
   using Value = Orb32f;
+  // Of the differences; rows take as many as there are taps.
   struct Weights {
-    Orb32f factors[3];
+    Orb32f factors[kTaps];
   };
 
   static Weights weightsOf(Place& place, const Samples&) {
     Orb64f factors[3];
     newtonFactorsOf(place.part, factors);
     return {{static_cast<Orb32f>(factors[0]), static_cast<Orb32f>(factors[1]),
-             static_cast<Orb32f>(factors[2])}};
+             static_cast<Orb32f>(factors[2]), 0}};
   }
   static Value across(const Orb8u* src, const Orb32s* offsets, const Weights& weights) {
     Orb32f samples[kTaps];
