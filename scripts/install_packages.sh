@@ -32,8 +32,6 @@ for set in "$@"; do
       packages="$packages libbenchmark-dev"
       packages="$packages libjpeg62-turbo-dev libopenjp2-7-dev libjxr-dev"
       packages="$packages zlib1g-dev libdeflate-dev libisal-dev libdivsufsort-dev"
-      packages="$packages libopencv-imgproc-dev libeigen3-dev libtiff-dev libyuv-dev"
-      packages="$packages libzimg-dev"
       packages="$packages libopencv-imgproc-dev libeigen3-dev libtiff-dev libyuv-dev libzimg-dev"
       packages="$packages pkg-config libavcodec-dev libavutil-dev libdv4-dev"
       ;;
