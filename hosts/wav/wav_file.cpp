@@ -39,12 +39,14 @@ sf_count_t seekFile(sf_count_t offset, int whence, void* user) {
 sf_count_t readFile(void* to, sf_count_t count, void* user) {
   MemoryFile& file = fileOf(user);
   const sf_count_t got = std::clamp<sf_count_t>(file.size() - file.at, 0, count);
+  if (got == 0) return 0;
   std::memcpy(to, file.bytes.data() + file.at, static_cast<size_t>(got));
   file.at += got;
   return got;
 }
 sf_count_t writeFile(const void* from, sf_count_t count, void* user) {
   MemoryFile& file = fileOf(user);
+  if (count == 0) return 0;
   if (file.at + count > file.size()) file.bytes.resize(static_cast<size_t>(file.at + count));
   std::memcpy(file.bytes.data() + file.at, from, static_cast<size_t>(count));
   file.at += count;
