@@ -21,7 +21,7 @@ for set in "$@"; do
       packages="$packages libpng-dev libsndfile1-dev libfreetype-dev fonts-dejavu-core"
       ;;
     test)
-      packages="$packages googletest binutils pkg-config"
+      packages="$packages googletest binutils pkg-config python3 mono-mcs mono-runtime"
       packages="$packages libjpeg62-turbo-dev libjpeg-turbo-progs ffmpeg dcmtk"
       packages="$packages libopenjp2-tools libjxr-tools"
       packages="$packages zlib1g-dev libdeflate-dev libzopfli-dev pigz zopfli libdeflate-tools"
