@@ -17,7 +17,7 @@ packages=
 for set in "$@"; do
   case $set in
     build)
-      packages="$packages g++ cmake ninja-build libcli11-dev"
+      packages="$packages g++ cmake make ninja-build libcli11-dev"
       packages="$packages libpng-dev libsndfile1-dev libfreetype-dev fonts-dejavu-core"
       ;;
     test)
