@@ -51,7 +51,9 @@ OrbStatus ORB_CALL orbsInterleave_16s(Orb16s* const* ppSrc, Orb32s channels, Orb
 
 OrbStatus ORB_CALL orbsInterleave_32f(Orb32f* const* ppSrc, Orb32s channels, Orb32s len,
                                       Orb32f* pDst) {
-  return interleave(ppSrc, channels, len, pDst);
+  // As words: the x87 unit would not leave every float as it is.
+  return interleave(reinterpret_cast<Orb32u* const*>(ppSrc), channels, len,
+                    reinterpret_cast<Orb32u*>(pDst));
 }
 
 OrbStatus ORB_CALL orbsDeinterleave_16s(const Orb16s* pSrc, Orb32s channels, Orb32s len,

@@ -25,10 +25,10 @@ inline __m128i unpackLow(__m128i a, __m128i b, Orb16s) {
 inline __m128i unpackHigh(__m128i a, __m128i b, Orb16s) {
   return _mm_unpackhi_epi16(a, b);
 }
-inline __m128i unpackLow(__m128i a, __m128i b, Orb32f) {
+inline __m128i unpackLow(__m128i a, __m128i b, Orb32u) {
   return _mm_unpacklo_epi32(a, b);
 }
-inline __m128i unpackHigh(__m128i a, __m128i b, Orb32f) {
+inline __m128i unpackHigh(__m128i a, __m128i b, Orb32u) {
   return _mm_unpackhi_epi32(a, b);
 }
 
