@@ -105,6 +105,8 @@ Bytes formatWav(const Sound& sound) {
   info.channels = sound.channels;
   info.format = SF_FORMAT_WAV | subtypeOf(sound.format);
   OpenFile opened = open(memory, SFM_WRITE, info);
+  // A chunk of peaks tells the time too: the same sound would make another file a second later.
+  sf_command(opened.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
   const sf_count_t size = static_cast<sf_count_t>(sound.samples.size());
   if (sf_write_raw(opened.get(), sound.samples.data(), size) != size) {
     throw Error(sf_strerror(opened.get()));

@@ -88,6 +88,13 @@ TEST(Wav, SoxReadsWhatWeWrite) {
   }
 }
 
+TEST(Wav, FilesDoNotTellTheTime) {
+  for (const SampleFormat format : kFormats) {
+    const Bytes file = formatWav(makeSound(format, 1, 2));
+    EXPECT_EQ(std::string(file.begin(), file.end()).find("PEAK"), std::string::npos);
+  }
+}
+
 TEST(Wav, ChannelsAreThoseOfSox) {
   const Directory directory;
   for (const SampleFormat format : kFormats) {
