@@ -12,6 +12,15 @@ namespace {
 using Lanes = int32_t __attribute__((vector_size(16)));
 constexpr int kLanes = 4;
 
+// The pairs of a square that are rotated, in both senses.
+template <class Operators, class Value>
+void rotateAll(Value (&x)[4][4]) {
+  Operators::rotate(x[3][1], x[3][0]);
+  Operators::rotate(x[2][1], x[2][0]);
+  Operators::rotate(x[1][3], x[0][3]);
+  Operators::rotate(x[1][2], x[0][2]);
+}
+
 // The operators of both senses; those of one undo the steps of the other in the opposite order. A
 // value is a sample, or one of each of several squares.
 struct Inverse {
@@ -78,7 +87,7 @@ struct Inverse {
   static void square(Value (&x)[4][4]) {
     butterflies(x);
     turnCorner(x[2][2], x[2][3], x[3][2], x[3][3]);
-    rotateAll(x);
+    rotateAll<Inverse>(x);
     mix(x[1][1], x[1][2], x[2][1], x[2][2]);
     mix(x[1][0], x[1][3], x[2][0], x[2][3]);
     mix(x[0][1], x[0][2], x[3][1], x[3][2]);
@@ -104,13 +113,6 @@ struct Inverse {
     hadamard(x[1][0], x[1][3], x[2][0], x[2][3]);
     hadamard(x[0][1], x[0][2], x[3][1], x[3][2]);
     hadamard(x[0][0], x[0][3], x[3][0], x[3][3]);
-  }
-  template <class Value>
-  static void rotateAll(Value (&x)[4][4]) {
-    rotate(x[3][1], x[3][0]);
-    rotate(x[2][1], x[2][0]);
-    rotate(x[1][3], x[0][3]);
-    rotate(x[1][2], x[0][2]);
   }
 };
 
@@ -181,7 +183,7 @@ struct Forward {
     mix(x[1][0], x[1][3], x[2][0], x[2][3]);
     mix(x[0][1], x[0][2], x[3][1], x[3][2]);
     mix(x[0][0], x[0][3], x[3][0], x[3][3]);
-    rotateAll(x);
+    rotateAll<Forward>(x);
     turnCorner(x[2][2], x[2][3], x[3][2], x[3][3]);
     Inverse::butterflies(x);
   }
@@ -198,13 +200,6 @@ struct Forward {
     c += (b + 1) >> 1;
     a -= d;
     b -= c;
-  }
-  template <class Value>
-  static void rotateAll(Value (&x)[4][4]) {
-    rotate(x[3][1], x[3][0]);
-    rotate(x[2][1], x[2][0]);
-    rotate(x[1][3], x[0][3]);
-    rotate(x[1][2], x[0][2]);
   }
 };
 
